@@ -1,0 +1,35 @@
+# zar: `make demo` builds and shows the library at work, `make check` builds
+# and runs every test, `make bench` measures against the peer libraries.
+# BUILD selects the build directory, PRESET the configuration (release, asan).
+PRESET ?= release
+BUILD ?= build
+JOBS ?= $(shell nproc)
+
+.PHONY: all setup build demo check bench clean asan
+
+all: build
+
+setup:
+	@bash tools/setup-deps.sh
+
+$(BUILD)/build.ninja:
+	cmake --preset $(PRESET) -B $(BUILD)
+
+build: setup $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j $(JOBS)
+
+check: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) --timeout 1500
+
+demo: build
+	$(BUILD)/bin/zar info
+	$(BUILD)/bin/zar-bench --quick
+
+bench: build
+	$(BUILD)/bin/zar-bench
+
+asan:
+	$(MAKE) check PRESET=asan BUILD=build-asan
+
+clean:
+	rm -rf $(BUILD)

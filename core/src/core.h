@@ -1,0 +1,52 @@
+// Internal interfaces of the core library.
+#pragma once
+#include <atomic>
+#include <cstddef>
+#include <functional>
+
+#define ZAR_API extern "C" __attribute__((visibility("default")))
+
+namespace zar::core {
+
+// ---- settings (settings.cpp), read from the environment at load time
+struct settings {
+  std::atomic<int> cbwr{1};
+  int verbose = 0;  // the integer the kernels see through zar_serv_verbose_mode
+  std::atomic<int> threads{0};  // 0: default
+  std::atomic<int> fail_alloc_countdown{0};
+  std::atomic<int> warnings{0};
+  std::atomic<int> enabled_cap{-1};  // ZAR_FEATURE_* mask cap, -1: none
+};
+settings& config();
+
+// ---- processor (cpu.cpp)
+int cpu_features();          // detected
+int cpu_enabled_features();  // after the cap
+int cpu_generation();        // ZAR_CPU_* of the enabled features
+bool cpu_family_is(int vendor_amd, int family, const int* models, int nmodels);
+void cache_record_detected(long long* record);
+
+// ---- kernel library (loader.cpp)
+// Loads the default kernel library if needed and returns the named entry
+// point; prints what is wrong and stops the program when it cannot.
+void* require_kernel(const char* name);
+
+// ---- threads (threads.cpp)
+int max_threads();
+// Runs body(tid, nt) for tid = 0 .. nt-1 on nt threads, the caller being
+// thread 0, and returns when all are done. Nested calls run serially.
+void parallel(int nt, const std::function<void(int, int)>& body);
+
+// ---- errors (xerbla.cpp)
+// Reports an illegal argument of a Fortran-style routine through xerbla_.
+void report_illegal(const char* name, int position);
+
+}  // namespace zar::core
+
+// The kernel named `sym`, resolved by name once per call site. The kernel's
+// prototype comes from its family header, so the call is type-checked.
+#define ZAR_KERNEL(sym)                                                                      \
+  ([]() -> decltype(&sym) {                                                                  \
+    static decltype(&sym) const f = reinterpret_cast<decltype(&sym)>(::zar::core::require_kernel(#sym)); \
+    return f;                                                                                \
+  }())

@@ -1,0 +1,147 @@
+// The loader: finds the kernel library, checks that the processor can run it
+// and that it is the generation this core expects, and resolves entry points
+// by name. Every refusal says what is wrong and where; the check for AVX runs
+// before the file is mapped, so no AVX code can run on a processor without it.
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+#include "core.h"
+#include "zar/control.h"
+
+namespace zar::core {
+namespace {
+
+constexpr int kExpectedTag = 6;
+constexpr const char* kKernelFile = "libzar_avx.so.2";
+
+struct loader_state {
+  std::mutex m;
+  void* handle = nullptr;
+  int tag = 0;
+  std::string path;
+  std::string error;
+};
+loader_state& state() {
+  static loader_state s;
+  return s;
+}
+
+std::string core_directory() {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<void*>(&zar_core_path), &info) && info.dli_fname) {
+    std::string p = info.dli_fname;
+    const auto slash = p.rfind('/');
+    return slash == std::string::npos ? std::string(".") : p.substr(0, slash);
+  }
+  return ".";
+}
+
+std::string default_path() {
+  if (const char* env = std::getenv("ZAR_KERNEL_PATH"); env && *env) {
+    struct stat st{};
+    if (stat(env, &st) == 0 && S_ISDIR(st.st_mode)) return std::string(env) + "/" + kKernelFile;
+    return env;
+  }
+  return core_directory() + "/" + kKernelFile;
+}
+
+// Called with the lock held.
+int load_locked(loader_state& s, const std::string& path) {
+  s.path = path;
+  if (!(cpu_enabled_features() & ZAR_FEATURE_AVX)) {
+    s.error = "zar: the kernel library " + path + " needs a processor with AVX, and " +
+              ((cpu_features() & ZAR_FEATURE_AVX) ? "AVX is disabled by ZAR_ENABLE_INSTRUCTIONS"
+                                                  : "this processor (or its operating system) has none");
+    return ZAR_LOAD_NO_AVX;
+  }
+  struct stat st{};
+  if (stat(path.c_str(), &st) != 0) {
+    s.error = "zar: cannot find the kernel library " + path +
+              " (set ZAR_KERNEL_PATH to the file or to its directory)";
+    return ZAR_LOAD_NOT_FOUND;
+  }
+  void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!h) {
+    const char* why = dlerror();
+    s.error = "zar: cannot load the kernel library " + path + ": " + (why ? why : "unknown error");
+    return ZAR_LOAD_NOT_FOUND;
+  }
+  auto version = reinterpret_cast<int (*)()>(dlsym(h, "dll_cpu_version"));
+  if (!version) {
+    dlclose(h);
+    s.error = "zar: " + path + " is not a zar kernel library: it has no dll_cpu_version";
+    return ZAR_LOAD_NO_TAG;
+  }
+  const int tag = version();
+  if (tag != kExpectedTag) {
+    dlclose(h);
+    s.error = "zar: the kernel library " + path + " has processor tag " + std::to_string(tag) +
+              ", this core expects " + std::to_string(kExpectedTag);
+    return ZAR_LOAD_WRONG_TAG;
+  }
+  s.handle = h;
+  s.tag = tag;
+  s.error.clear();
+  return ZAR_LOAD_OK;
+}
+
+}  // namespace
+
+void* require_kernel(const char* name) {
+  loader_state& s = state();
+  std::lock_guard<std::mutex> lock(s.m);
+  if (!s.handle && load_locked(s, default_path()) != ZAR_LOAD_OK) {
+    std::fprintf(stderr, "%s\nzar: cannot run %s without its kernel library; stopping\n", s.error.c_str(), name);
+    std::fflush(stderr);
+    std::exit(EXIT_FAILURE);
+  }
+  void* f = dlsym(s.handle, name);
+  if (!f) {
+    std::fprintf(stderr, "zar: the kernel library %s has no entry point %s; stopping\n", s.path.c_str(), name);
+    std::fflush(stderr);
+    std::exit(EXIT_FAILURE);
+  }
+  return f;
+}
+
+}  // namespace zar::core
+
+using namespace zar::core;
+
+ZAR_API int zar_kernel_load(const char* path) {
+  loader_state& s = state();
+  std::lock_guard<std::mutex> lock(s.m);
+  if (s.handle) return ZAR_LOAD_OK;
+  return load_locked(s, path ? std::string(path) : default_path());
+}
+
+ZAR_API const char* zar_kernel_error(void) { return state().error.c_str(); }
+
+ZAR_API const char* zar_kernel_path(void) {
+  loader_state& s = state();
+  std::lock_guard<std::mutex> lock(s.m);
+  if (s.path.empty()) s.path = default_path();
+  return s.path.c_str();
+}
+
+ZAR_API int zar_kernel_tag(void) { return state().tag; }
+
+ZAR_API void* zar_kernel_symbol(const char* name) {
+  loader_state& s = state();
+  std::lock_guard<std::mutex> lock(s.m);
+  return s.handle ? dlsym(s.handle, name) : nullptr;
+}
+
+ZAR_API const char* zar_core_path(void) {
+  static const std::string p = [] {
+    Dl_info info{};
+    return (dladdr(reinterpret_cast<void*>(&zar_core_path), &info) && info.dli_fname) ? std::string(info.dli_fname)
+                                                                                        : std::string();
+  }();
+  return p.c_str();
+}
