@@ -84,7 +84,7 @@ long long sysfs_cache(int level, bool data) {
     int l = 0;
     std::string type, size;
     if (!(lv >> l) || !(ty >> type) || !(sz >> size)) continue;
-    if (l != level || (data && type == "Instruction") || (!data && type == "Instruction")) continue;
+    if (l != level || (data && type == "Instruction")) continue;
     long long v = std::atoll(size.c_str());
     if (!size.empty() && (size.back() == 'K')) v <<= 10;
     if (!size.empty() && (size.back() == 'M')) v <<= 20;
@@ -93,11 +93,13 @@ long long sysfs_cache(int level, bool data) {
   return 0;
 }
 
+// The kernel's description comes first: the C library's CPUID decoding has
+// been seen to misreport the shared cache of virtual processors.
 long long cache_bytes(int level) {
+  if (const long long v = sysfs_cache(level, true); v > 0) return v;
   const int names[] = {0, _SC_LEVEL1_DCACHE_SIZE, _SC_LEVEL2_CACHE_SIZE, _SC_LEVEL3_CACHE_SIZE};
-  long v = (level >= 1 && level <= 3) ? sysconf(names[level]) : 0;
-  if (v > 0) return v;
-  return sysfs_cache(level, true);
+  const long v = (level >= 1 && level <= 3) ? sysconf(names[level]) : 0;
+  return v > 0 ? v : 0;
 }
 
 }  // namespace
