@@ -38,12 +38,16 @@ ZAR_API void* zar_serv_allocate(size_t bytes, int alignment) {
   if (!raw) return nullptr;
   const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + header;
   const std::uintptr_t aligned = (first + align - 1) / align * align;
-  reinterpret_cast<void**>(aligned)[-1] = raw;
+  // Small or odd alignments leave the slot unaligned: copy bytes.
+  std::memcpy(reinterpret_cast<void*>(aligned - header), &raw, header);
   return reinterpret_cast<void*>(aligned);
 }
 
 ZAR_API void zar_serv_deallocate(void* p) {
-  if (p) std::free(static_cast<void**>(p)[-1]);
+  if (!p) return;
+  void* raw;
+  std::memcpy(&raw, static_cast<char*>(p) - header, header);
+  std::free(raw);
 }
 
 ZAR_API void* zar_serv_malloc(size_t bytes) {

@@ -12,6 +12,9 @@ lib=$1
 kernel=$lib/libzar_avx.so.2
 core=$lib/libzar_core.so.2
 fail=0
+for f in "$kernel" "$core"; do
+  [ -f "$f" ] || { echo "FAIL: $f is missing"; exit 1; }
+done
 
 domains='blas|lapack_ps|xblas|dft|pdepl|pdett|trans|conv|spblas|sparse|graph'
 kernel_rule="^(zar_($domains)_avx_[a-z0-9_]+|zar_(spblas|sparse|graph)_[a-z0-9_]+_avx|dll_cpu_version|zar_avx_[sdcz]_(all|opt)_gemm_ker|dfti_(malloc|calloc|allocate|free|deallocate))\$"
