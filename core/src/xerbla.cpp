@@ -23,6 +23,11 @@ ZAR_API void zar_serv_xerbla(const char* name, const int* info, int name_length)
 
 ZAR_API int lsame_(const char* a, const char* b) { return zar_serv_lsame(a, b); }
 
+// Set while a row-major CBLAS call runs, as the reference CBLAS does: the
+// reference test programs read it in their own cblas_xerbla to translate
+// argument positions.
+ZAR_API int RowMajorStrg = 0;
+
 // Reference CBLAS behaviour: the routine name and the argument's position.
 ZAR_API void cblas_xerbla(int p, const char* rout, const char* form, ...) {
   if (p) std::fprintf(stderr, "Parameter %d to routine %s was incorrect\n", p, rout);

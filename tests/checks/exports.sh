@@ -18,7 +18,7 @@ done
 
 domains='blas|lapack_ps|xblas|dft|pdepl|pdett|trans|conv|spblas|sparse|graph'
 kernel_rule="^(zar_($domains)_avx_[a-z0-9_]+|zar_(spblas|sparse|graph)_[a-z0-9_]+_avx|dll_cpu_version|zar_avx_[sdcz]_(all|opt)_gemm_ker|dfti_(malloc|calloc|allocate|free|deallocate))\$"
-core_rule='^(zar_[A-Za-z0-9_]+|cblas_[a-z0-9_]+|[a-z][a-z0-9]*_)$'
+core_rule='^(zar_[A-Za-z0-9_]+|cblas_[a-z0-9_]+|[a-z][a-z0-9]*_|RowMajorStrg)$'
 
 defined() { nm -D --defined-only "$1" | awk '{print $NF}' | sed 's/@.*//' | sort -u; }
 
