@@ -1,0 +1,258 @@
+// GEMM block kernels: C(m x n) := beta C + Apacked Bpacked for beta 0 or 1.
+//
+// One register-blocked micro-kernel serves the four element types. A packed
+// A panel holds, per depth step, one 256-bit vector of reals (d: 4 rows,
+// s: 8 rows, c: 4 complex rows, z: 2 complex rows); a packed B panel holds
+// four reals per depth step (d, s: 4 columns; c, z: 2 complex columns). The
+// kernel keeps four accumulators, acc[u] += A_vector * broadcast(B[u]), with
+// separate multiply and add (no fused multiply-add): every accumulator lane
+// sums its products in depth order starting from zero, which is the engine's
+// order (gemm_impl.h). Four chains of 256-bit adds fill the eight vector
+// registers of 32-bit mode: four accumulators, the A vector, the product.
+//
+// For complex types acc[2j] holds (a.re b.re, a.im b.re) and acc[2j+1]
+// (a.re b.im, a.im b.im) for column j; the column is then
+// addsub(acc[2j], swap_pairs(acc[2j+1])) = (rr - ii, ir + ri).
+#include <immintrin.h>
+
+#include "blas/gemm/gemm_impl.h"
+#include "zar/export.h"
+
+namespace zar::gemm {
+namespace {
+
+template <class R> struct simd;
+template <> struct simd<double> {
+  using V = __m256d;
+  static constexpr int L = 4;
+  static V zero() { return _mm256_setzero_pd(); }
+  static V load(const double* p) { return _mm256_load_pd(p); }
+  static V loadu(const double* p) { return _mm256_loadu_pd(p); }
+  static void storeu(double* p, V v) { _mm256_storeu_pd(p, v); }
+  static V bcast(const double* p) { return _mm256_broadcast_sd(p); }
+  static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
+  static V add(V a, V b) { return _mm256_add_pd(a, b); }
+  static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
+  static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
+};
+template <> struct simd<float> {
+  using V = __m256;
+  static constexpr int L = 8;
+  static V zero() { return _mm256_setzero_ps(); }
+  static V load(const float* p) { return _mm256_load_ps(p); }
+  static V loadu(const float* p) { return _mm256_loadu_ps(p); }
+  static void storeu(float* p, V v) { _mm256_storeu_ps(p, v); }
+  static V bcast(const float* p) { return _mm256_broadcast_ss(p); }
+  static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
+  static V add(V a, V b) { return _mm256_add_ps(a, b); }
+  static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
+  static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
+};
+
+template <class T> using real_of = real_t<T>;
+template <class T> using vec_of = simd<real_of<T>>;
+
+// The four accumulators of one register block.
+template <class R> struct block {
+  typename simd<R>::V v[4];
+};
+
+// Depth loop over kp (a multiple of 4) steps of one A panel and one B panel.
+template <class R>
+__attribute__((always_inline)) inline block<R> micro(int kp, const R* __restrict a, const R* __restrict b) {
+  using S = simd<R>;
+  using V = typename S::V;
+  V c0 = S::zero(), c1 = S::zero(), c2 = S::zero(), c3 = S::zero();
+  for (int p = 0; p < kp; p += 4) {
+#pragma GCC unroll 4
+    for (int u = 0; u < 4; ++u) {
+      const V av = S::load(a + u * S::L);
+      c0 = S::add(c0, S::mul(av, S::bcast(b + 4 * u + 0)));
+      c1 = S::add(c1, S::mul(av, S::bcast(b + 4 * u + 1)));
+      c2 = S::add(c2, S::mul(av, S::bcast(b + 4 * u + 2)));
+      c3 = S::add(c3, S::mul(av, S::bcast(b + 4 * u + 3)));
+    }
+    a += 4 * S::L;
+    b += 16;
+  }
+  return {{c0, c1, c2, c3}};
+}
+
+// The register block as nr columns of vectors in element order.
+template <class T> inline int columns(block<real_of<T>>& blk) {
+  using S = vec_of<T>;
+  if constexpr (is_complex_v<T>) {
+    blk.v[0] = S::addsub(blk.v[0], S::swap_pairs(blk.v[1]));
+    blk.v[1] = S::addsub(blk.v[2], S::swap_pairs(blk.v[3]));
+    return 2;
+  } else {
+    return 4;
+  }
+}
+
+// Writes a full mr x nr block into C: C + block, or the block alone.
+template <class T, bool B0> inline void store_full(block<real_of<T>> blk, T* c, int ldc) {
+  using S = vec_of<T>;
+  const int nc = columns<T>(blk);
+  for (int j = 0; j < nc; ++j) {
+    auto* cj = reinterpret_cast<real_of<T>*>(c + static_cast<long>(j) * ldc);
+    if constexpr (B0) S::storeu(cj, blk.v[j]);
+    else S::storeu(cj, S::add(S::loadu(cj), blk.v[j]));
+  }
+}
+
+// Writes the leading rows x cols part of a block (edges of C).
+template <class T, bool B0> inline void store_part(block<real_of<T>> blk, T* c, int ldc, int rows, int cols) {
+  using S = vec_of<T>;
+  columns<T>(blk);
+  alignas(32) T t[4][cfg<T>::mr];
+  for (int j = 0; j < cfg<T>::nr; ++j) S::storeu(reinterpret_cast<real_of<T>*>(t[j]), blk.v[j]);
+  for (int j = 0; j < cols; ++j) {
+    T* cj = c + static_cast<long>(j) * ldc;
+    for (int i = 0; i < rows; ++i) cj[i] = B0 ? t[j][i] : add(cj[i], t[j][i]);
+  }
+}
+
+// Row chunk of the packed A block worked on against each B panel, sized so
+// that the chunk stays in the level-2 cache.
+template <class T> inline int row_chunk(int kp) {
+  constexpr int mr = cfg<T>::mr;
+  const long bytes = 384L * 1024;
+  const int rows = static_cast<int>(bytes / (static_cast<long>(imax(kp, 1)) * sizeof(T))) / mr * mr;
+  return imax(rows, mr);
+}
+
+// Both operands packed; m rows of whole A panels (Partial: one partial panel
+// of m < mr rows).
+template <class T, bool B0, bool Partial>
+void packed_block(int m, int n, int k, const T* a, int a_stride, const T* b, int b_stride, T* c, int ldc) {
+  using R = real_of<T>;
+  constexpr int mr = cfg<T>::mr, nr = cfg<T>::nr;
+  const int kp = round_up(k, cfg<T>::kr);
+  const int mc = Partial ? mr : row_chunk<T>(kp);
+  for (int i0 = 0; i0 < m; i0 += mc) {
+    const int i1 = imin(m, i0 + mc);
+    for (int j = 0; j < n; j += nr) {
+      const R* bp = reinterpret_cast<const R*>(b + static_cast<long>(j / nr) * b_stride);
+      T* cj = c + static_cast<long>(j) * ldc;
+      const int cols = imin(nr, n - j);
+      for (int i = i0; i < i1; i += mr) {
+        const R* ap = reinterpret_cast<const R*>(a + static_cast<long>(i / mr) * a_stride);
+        const block<R> blk = micro<R>(kp, ap, bp);
+        if (!Partial && cols == nr) store_full<T, B0>(blk, cj + i, ldc);
+        else store_part<T, B0>(blk, cj + i, ldc, Partial ? m : mr, cols);
+      }
+    }
+  }
+}
+
+template <class T, bool B0>
+void kernel_0(const char*, const char*, const int* m, const int* n, const int* k, const T*, const T* a,
+              const int* a_stride, const T* b, const int* b_stride, const T*, T* c, const int* ldc, T*, int) {
+  packed_block<T, B0, false>(*m, *n, *k, a, *a_stride, b, *b_stride, c, *ldc);
+}
+
+template <class T>
+void ker0_pst(const char*, const char*, const int* m, const int* n, const int* k, const T*, const T* a,
+              const int* a_stride, const T* b, const int* b_stride, const T* beta, T* c, const int* ldc, T*, int) {
+  if (*m <= 0) return;
+  if (is_zero(*beta)) packed_block<T, true, true>(*m, *n, *k, a, *a_stride, b, *b_stride, c, *ldc);
+  else packed_block<T, false, true>(*m, *n, *k, a, *a_stride, b, *b_stride, c, *ldc);
+}
+
+// Both operands packed: whole panels by the main kernel, the last m mod mr
+// rows by the edge kernel.
+template <class T>
+void packed_ker(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha,
+                const T* a, const int* a_stride, const T* b, const int* b_stride, const T* beta, T* c,
+                const int* ldc, T* work) {
+  constexpr int mr = cfg<T>::mr;
+  const int m4 = *m / mr * mr, r = *m - m4;
+  if (m4 > 0) {
+    if (is_zero(*beta)) kernel_0<T, true>(ta, tb, &m4, n, k, alpha, a, a_stride, b, b_stride, beta, c, ldc, work, 2);
+    else kernel_0<T, false>(ta, tb, &m4, n, k, alpha, a, a_stride, b, b_stride, beta, c, ldc, work, 2);
+  }
+  if (r > 0)
+    ker0_pst<T>(ta, tb, &r, n, k, alpha, a + static_cast<long>(m4 / mr) * *a_stride, a_stride, b, b_stride, beta,
+                c + m4, ldc, work, 2);
+}
+
+}  // namespace
+
+// The block kernel. mode 2: A and B packed (alpha already in A; k is the
+// padded depth). mode 3: A packed, B read in place (b_stride is ldb, k the
+// true depth): each nr-wide panel of op(B) is packed into the work area,
+// which holds one panel of the padded depth. modes 0 and 1: A read in place
+// (a_stride is lda) and multiplied by alpha here, B packed (0) or in place
+// (1, b_stride is ldb); computed directly over the whole depth k.
+template <class T>
+void ker0(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
+          const int* a_stride, const T* b, const int* b_stride, const T* beta, T* c, const int* ldc, T* work,
+          int mode) {
+  if (*m <= 0 || *n <= 0) return;
+  constexpr int nr = cfg<T>::nr;
+  switch (mode) {
+    case ker_both_packed:
+      packed_ker<T>(ta, tb, m, n, k, alpha, a, a_stride, b, b_stride, beta, c, ldc, work);
+      return;
+    case ker_b_in_place: {
+      const int kp = round_up(*k, cfg<T>::kr), stride = kp * nr;
+      const int ldb = *b_stride;
+      const tr mb = trans_of(tb);
+      for (int j = 0; j < *n; j += nr) {
+        const int w = imin(nr, *n - j);
+        const T* src = mb == tr::n ? b + static_cast<long>(j) * ldb : b + j;
+        with_trans(mb, [&]<tr M>() { pack_b<T, M>(*k, w, src, ldb, work, stride); });
+        packed_ker<T>(ta, tb, m, &w, &kp, alpha, a, a_stride, work, &stride, beta,
+                      c + static_cast<long>(j) * *ldc, ldc, work);
+      }
+      return;
+    }
+    default: {
+      const bool b0 = is_zero(*beta);
+      with_trans(trans_of(ta), [&]<tr TA>() {
+        if (mode == ker_a_place_b_packed) {
+          // A packed B panel reads as op(B) = T(panel) with leading dimension nr.
+          for (int j = 0; j < *n; j += nr)
+            direct_product<T, TA, tr::t>(*m, imin(nr, *n - j), *k, *alpha, a, *a_stride,
+                                         b + static_cast<long>(j / nr) * *b_stride, nr, b0,
+                                         c + static_cast<long>(j) * *ldc, *ldc);
+        } else {
+          with_trans(trans_of(tb), [&]<tr TB>() {
+            direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *a_stride, b, *b_stride, b0, c, *ldc);
+          });
+        }
+      });
+      return;
+    }
+  }
+}
+
+}  // namespace zar::gemm
+
+#define ZAR_GEMM_KERNELS(t, T)                                                                              \
+  ZAR_EXPORT void ZAR_BLAS(t##gemm_ker0)(const char* ta, const char* tb, const int* m, const int* n,        \
+                                         const int* k, const T* al, const T* a, const int* as, const T* b,  \
+                                         const int* bs, const T* be, T* c, const int* ldc, T* w, int mode) { \
+    zar::gemm::ker0<T>(ta, tb, m, n, k, al, a, as, b, bs, be, c, ldc, w, mode);                              \
+  }                                                                                                         \
+  ZAR_EXPORT void ZAR_BLAS(t##gemm_kernel_0)(const char* ta, const char* tb, const int* m, const int* n,     \
+                                             const int* k, const T* al, const T* a, const int* as,          \
+                                             const T* b, const int* bs, const T* be, T* c, const int* ldc,  \
+                                             T* w, int mode) {                                              \
+    zar::gemm::kernel_0<T, false>(ta, tb, m, n, k, al, a, as, b, bs, be, c, ldc, w, mode);                   \
+  }                                                                                                         \
+  ZAR_EXPORT void ZAR_BLAS(t##gemm_kernel_0_b0)(const char* ta, const char* tb, const int* m, const int* n,  \
+                                                const int* k, const T* al, const T* a, const int* as,       \
+                                                const T* b, const int* bs, const T* be, T* c,               \
+                                                const int* ldc, T* w, int mode) {                           \
+    zar::gemm::kernel_0<T, true>(ta, tb, m, n, k, al, a, as, b, bs, be, c, ldc, w, mode);                    \
+  }                                                                                                         \
+  ZAR_EXPORT void ZAR_BLAS(t##gemm_ker0_pst)(const char* ta, const char* tb, const int* m, const int* n,     \
+                                             const int* k, const T* al, const T* a, const int* as,          \
+                                             const T* b, const int* bs, const T* be, T* c, const int* ldc,  \
+                                             T* w, int mode) {                                              \
+    zar::gemm::ker0_pst<T>(ta, tb, m, n, k, al, a, as, b, bs, be, c, ldc, w, mode);                          \
+  }
+
+ZAR_GEMM_TYPES(ZAR_GEMM_KERNELS)

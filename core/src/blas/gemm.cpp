@@ -1,0 +1,200 @@
+// GEMM front ends: Fortran sgemm_ .. zgemm_, cblas_?gemm in both layouts, and
+// the dispatching front end zar_blas_?gemm (also called back by kernels).
+//
+// The Fortran and CBLAS entries check the arguments as the published
+// interfaces do, report an illegal one through xerbla_ (cblas_xerbla for
+// CBLAS, with the reference CBLAS positions) and take the published quick
+// returns. zar_blas_?gemm then runs the kernel library's x?gemm on one
+// thread, or, for large enough products with more than one thread, splits C
+// into disjoint column (or row) blocks, one per thread, each computed by
+// x?gemm_par with the default schedule. The split only decides which thread
+// computes an element, never the order in which its sum is formed, so a
+// threaded result has the same bits as a one-thread one.
+#include "blas/gemm/gemm_impl.h"
+#include "cblas.h"
+#include "core.h"
+#include "zar/blas.h"
+
+namespace zar::core {
+namespace {
+
+using zar::gemm::desc;
+
+// The kernel entries one type's front end uses.
+template <class T> struct gemm_entry {
+  void (*xgemm)(const char*, const char*, const int*, const int*, const int*, const T*, const T*, const int*,
+                const T*, const int*, const T*, T*, const int*);
+  int (*par)(const char*, const char*, const int*, const int*, const int*, const T*, const T*, const int*,
+             const T*, const int*, const T*, T*, const int*, const int*, desc<T>*);
+  void (*zero_desc)(desc<T>*);
+  void (*optimal)(desc<T>*);
+  void (*mscale)(const int*, const int*, const T*, T*, const int*);
+  const char* name;
+};
+template <class T> gemm_entry<T> entries();
+#define ZAR_GEMM_ENTRIES(t, T)                                                                               \
+  template <> gemm_entry<T> entries<T>() {                                                                    \
+    return {ZAR_KERNEL(zar_blas_avx_x##t##gemm), ZAR_KERNEL(zar_blas_avx_x##t##gemm_par),                      \
+            ZAR_KERNEL(zar_blas_avx_##t##gemm_zero_desc), ZAR_KERNEL(zar_blas_avx_##t##gemm_get_optimal_kernel), \
+            ZAR_KERNEL(zar_blas_avx_##t##gemm_mscale), zar::gemm::cfg<T>::name};                              \
+  }
+ZAR_GEMM_TYPES(ZAR_GEMM_ENTRIES)
+
+// Products below this many multiply-adds stay on one thread.
+constexpr double threaded_min_work = 2.0 * 1024 * 1024;
+
+template <class T>
+void dispatch(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
+              const int* lda, const T* b, const int* ldb, const T* beta, T* c, const int* ldc) {
+  using namespace zar::gemm;
+  const gemm_entry<T> e = entries<T>();
+  const int nt = max_threads();
+  const double work = static_cast<double>(*m) * *n * *k;
+  // Split the longer side of C in nr (or mr) multiples, at least two
+  // register blocks per thread.
+  const bool by_cols = *n >= *m;
+  const int unit = by_cols ? cfg<T>::nr : cfg<T>::mr;
+  const int len = by_cols ? *n : *m;
+  const int parts = imin(nt, len / (2 * unit));
+  if (parts < 2 || work < threaded_min_work || *k < 1 || is_zero(*alpha)) {
+    e.xgemm(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+    return;
+  }
+  const bool a_n = opt_upper(ta) == 'N', b_n = opt_upper(tb) == 'N';
+  const int units = (len + unit - 1) / unit;
+  parallel(parts, [&](int tid, int np) {
+    const int u0 = static_cast<int>(static_cast<long long>(units) * tid / np);
+    const int u1 = static_cast<int>(static_cast<long long>(units) * (tid + 1) / np);
+    const int lo = u0 * unit, hi = imin(u1 * unit, len);
+    if (hi <= lo) return;
+    int mm = *m, nn = *n;
+    const T* as = a;
+    const T* bs = b;
+    T* cs = c;
+    if (by_cols) {
+      nn = hi - lo;
+      bs = b_n ? b + static_cast<long>(lo) * *ldb : b + lo;
+      cs = c + static_cast<long>(lo) * *ldc;
+    } else {
+      mm = hi - lo;
+      as = a_n ? a + lo : a + static_cast<long>(lo) * *lda;
+      cs = c + lo;
+    }
+    // As x?gemm does on one thread: beta first, then the product with beta 1.
+    if (!is_one(*beta)) e.mscale(&mm, &nn, beta, cs, ldc);
+    desc<T> d;
+    e.zero_desc(&d);
+    e.optimal(&d);
+    const T b1 = gemm::one<T>();
+    const int version = sched_default;
+    e.par(ta, tb, &mm, &nn, k, alpha, as, lda, bs, ldb, &b1, cs, ldc, &version, &d);
+  });
+}
+
+// The published argument checks; 0 when every argument is legal, else the
+// position of the first illegal one.
+template <class T>
+int check(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb, int ldc) {
+  auto legal = [](const char* o) {
+    const char u = opt_upper(o);
+    return u == 'N' || u == 'T' || u == 'C';
+  };
+  const bool a_n = opt_upper(ta) == 'N', b_n = opt_upper(tb) == 'N';
+  if (!legal(ta)) return 1;
+  if (!legal(tb)) return 2;
+  if (m < 0) return 3;
+  if (n < 0) return 4;
+  if (k < 0) return 5;
+  if (lda < gemm::imax(1, a_n ? m : k)) return 8;
+  if (ldb < gemm::imax(1, b_n ? k : n)) return 10;
+  if (ldc < gemm::imax(1, m)) return 13;
+  return 0;
+}
+
+template <class T>
+void fortran(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
+             const int* lda, const T* b, const int* ldb, const T* beta, T* c, const int* ldc) {
+  using namespace zar::gemm;
+  if (const int info = check<T>(ta, tb, *m, *n, *k, *lda, *ldb, *ldc)) {
+    report_illegal(cfg<T>::name, info);
+    return;
+  }
+  if (*m == 0 || *n == 0 || ((is_zero(*alpha) || *k == 0) && is_one(*beta))) return;
+  dispatch<T>(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+}
+
+constexpr const char* trans_char(CBLAS_TRANSPOSE t) {
+  return t == CblasNoTrans ? "N" : t == CblasTrans ? "T" : t == CblasConjTrans ? "C" : nullptr;
+}
+
+// CBLAS: row-major C = op(A) op(B) is column-major C^T = op(B)^T op(A)^T, so
+// the row-major call is the column-major one with the operands exchanged.
+// Positions follow the reference CBLAS: layout 1, TransA 2, TransB 3, M 4,
+// N 5, K 6, lda 9, ldb 11, ldc 14; in row-major the operands' checks come in
+// the exchanged order (N before M, ldb before lda).
+template <class T>
+void cblas(const char* rout, CBLAS_LAYOUT layout, CBLAS_TRANSPOSE TransA, CBLAS_TRANSPOSE TransB, int M, int N,
+           int K, const T* alpha, const T* A, int lda, const T* B, int ldb, const T* beta, T* C, int ldc) {
+  using namespace zar::gemm;
+  if (layout != CblasColMajor && layout != CblasRowMajor) {
+    cblas_xerbla(1, rout, "Illegal layout setting, %d\n", static_cast<int>(layout));
+    return;
+  }
+  const char* ta = trans_char(TransA);
+  const char* tb = trans_char(TransB);
+  if (!ta) {
+    cblas_xerbla(2, rout, "Illegal TransA setting, %d\n", static_cast<int>(TransA));
+    return;
+  }
+  if (!tb) {
+    cblas_xerbla(3, rout, "Illegal TransB setting, %d\n", static_cast<int>(TransB));
+    return;
+  }
+  const bool row = layout == CblasRowMajor;
+  int info = row ? check<T>(tb, ta, N, M, K, ldb, lda, ldc) : check<T>(ta, tb, M, N, K, lda, ldb, ldc);
+  if (info) {
+    // Column-major position + 1 (the layout argument); in row-major M and N,
+    // lda and ldb trade places.
+    static constexpr int col_pos[14] = {0, 2, 3, 4, 5, 6, 0, 0, 9, 0, 11, 0, 0, 14};
+    static constexpr int row_pos[14] = {0, 3, 2, 5, 4, 6, 0, 0, 11, 0, 9, 0, 0, 14};
+    cblas_xerbla((row ? row_pos : col_pos)[info], rout, "");
+    return;
+  }
+  if (M == 0 || N == 0 || ((is_zero(*alpha) || K == 0) && is_one(*beta))) return;
+  if (row) dispatch<T>(tb, ta, &N, &M, &K, alpha, B, &ldb, A, &lda, beta, C, &ldc);
+  else dispatch<T>(ta, tb, &M, &N, &K, alpha, A, &lda, B, &ldb, beta, C, &ldc);
+}
+
+}  // namespace
+}  // namespace zar::core
+
+#define ZAR_GEMM_FRONT(t, T, S)                                                                                \
+  ZAR_API void zar_blas_##t##gemm(const char* ta, const char* tb, const int* m, const int* n, const int* k,      \
+                                  const T* al, const T* a, const int* lda, const T* b, const int* ldb,           \
+                                  const T* be, T* c, const int* ldc) {                                           \
+    zar::core::dispatch<T>(ta, tb, m, n, k, al, a, lda, b, ldb, be, c, ldc);                                     \
+  }                                                                                                             \
+  ZAR_API void t##gemm_(const char* ta, const char* tb, const int* m, const int* n, const int* k, const S* al,   \
+                        const S* a, const int* lda, const S* b, const int* ldb, const S* be, S* c,               \
+                        const int* ldc) {                                                                       \
+    zar::core::fortran<T>(ta, tb, m, n, k, static_cast<const T*>(al), static_cast<const T*>(a), lda,            \
+                          static_cast<const T*>(b), ldb, static_cast<const T*>(be), static_cast<T*>(c), ldc);   \
+  }
+ZAR_GEMM_FRONT(s, float, float)
+ZAR_GEMM_FRONT(d, double, double)
+ZAR_GEMM_FRONT(c, zar::c32, void)
+ZAR_GEMM_FRONT(z, zar::c64, void)
+
+// CBLAS passes real scalars by value and complex ones by address.
+#define ZAR_CBLAS_GEMM(t, T, S, P, ADDR)                                                                       \
+  ZAR_API void cblas_##t##gemm(CBLAS_LAYOUT l, CBLAS_TRANSPOSE ta, CBLAS_TRANSPOSE tb, const int M, const int N,  \
+                               const int K, S al, const P* A, const int lda, const P* B, const int ldb,          \
+                               S be, P* C, const int ldc) {                                                     \
+    zar::core::cblas<T>("cblas_" #t "gemm", l, ta, tb, M, N, K, static_cast<const T*>(ADDR al),                 \
+                        static_cast<const T*>(A), lda, static_cast<const T*>(B), ldb,                          \
+                        static_cast<const T*>(ADDR be), static_cast<T*>(C), ldc);                              \
+  }
+ZAR_CBLAS_GEMM(s, float, const float, float, &)
+ZAR_CBLAS_GEMM(d, double, const double, double, &)
+ZAR_CBLAS_GEMM(c, zar::c32, const void*, void, )
+ZAR_CBLAS_GEMM(z, zar::c64, const void*, void, )
