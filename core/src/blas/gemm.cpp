@@ -15,6 +15,9 @@
 #include "core.h"
 #include "zar/blas.h"
 
+// Set by the core while a row-major CBLAS call runs (xerbla.cpp).
+extern "C" int RowMajorStrg;
+
 namespace zar::core {
 namespace {
 
@@ -129,40 +132,35 @@ constexpr const char* trans_char(CBLAS_TRANSPOSE t) {
 
 // CBLAS: row-major C = op(A) op(B) is column-major C^T = op(B)^T op(A)^T, so
 // the row-major call is the column-major one with the operands exchanged.
-// Positions follow the reference CBLAS: layout 1, TransA 2, TransB 3, M 4,
-// N 5, K 6, lda 9, ldb 11, ldc 14; in row-major the operands' checks come in
-// the exchanged order (N before M, ldb before lda).
+// As in the reference CBLAS, an illegal argument found by the checks is
+// reported at its position in that column-major call plus one (the layout
+// argument): layout 1, TransA 2, TransB 3, then M 4, N 5, K 6, lda 9, ldb 11,
+// ldc 14 in column-major; in row-major N is 4, M 5, ldb 9, lda 11, and
+// RowMajorStrg is 1 while the call runs, which tells an application's
+// cblas_xerbla (the reference test programs read it) to translate back.
 template <class T>
 void cblas(const char* rout, CBLAS_LAYOUT layout, CBLAS_TRANSPOSE TransA, CBLAS_TRANSPOSE TransB, int M, int N,
            int K, const T* alpha, const T* A, int lda, const T* B, int ldb, const T* beta, T* C, int ldc) {
   using namespace zar::gemm;
+  RowMajorStrg = 0;
   if (layout != CblasColMajor && layout != CblasRowMajor) {
     cblas_xerbla(1, rout, "Illegal layout setting, %d\n", static_cast<int>(layout));
     return;
   }
+  const bool row = layout == CblasRowMajor;
+  RowMajorStrg = row ? 1 : 0;
   const char* ta = trans_char(TransA);
   const char* tb = trans_char(TransB);
-  if (!ta) {
-    cblas_xerbla(2, rout, "Illegal TransA setting, %d\n", static_cast<int>(TransA));
-    return;
+  if (!ta || !tb) {
+    if (!ta) cblas_xerbla(2, rout, "Illegal TransA setting, %d\n", static_cast<int>(TransA));
+    else cblas_xerbla(3, rout, "Illegal TransB setting, %d\n", static_cast<int>(TransB));
+  } else if (const int info = row ? check<T>(tb, ta, N, M, K, ldb, lda, ldc) : check<T>(ta, tb, M, N, K, lda, ldb, ldc)) {
+    cblas_xerbla(info + 1, rout, "");
+  } else if (M != 0 && N != 0 && !((is_zero(*alpha) || K == 0) && is_one(*beta))) {
+    if (row) dispatch<T>(tb, ta, &N, &M, &K, alpha, B, &ldb, A, &lda, beta, C, &ldc);
+    else dispatch<T>(ta, tb, &M, &N, &K, alpha, A, &lda, B, &ldb, beta, C, &ldc);
   }
-  if (!tb) {
-    cblas_xerbla(3, rout, "Illegal TransB setting, %d\n", static_cast<int>(TransB));
-    return;
-  }
-  const bool row = layout == CblasRowMajor;
-  int info = row ? check<T>(tb, ta, N, M, K, ldb, lda, ldc) : check<T>(ta, tb, M, N, K, lda, ldb, ldc);
-  if (info) {
-    // Column-major position + 1 (the layout argument); in row-major M and N,
-    // lda and ldb trade places.
-    static constexpr int col_pos[14] = {0, 2, 3, 4, 5, 6, 0, 0, 9, 0, 11, 0, 0, 14};
-    static constexpr int row_pos[14] = {0, 3, 2, 5, 4, 6, 0, 0, 11, 0, 9, 0, 0, 14};
-    cblas_xerbla((row ? row_pos : col_pos)[info], rout, "");
-    return;
-  }
-  if (M == 0 || N == 0 || ((is_zero(*alpha) || K == 0) && is_one(*beta))) return;
-  if (row) dispatch<T>(tb, ta, &N, &M, &K, alpha, B, &ldb, A, &lda, beta, C, &ldc);
-  else dispatch<T>(ta, tb, &M, &N, &K, alpha, A, &lda, B, &ldb, beta, C, &ldc);
+  RowMajorStrg = 0;
 }
 
 }  // namespace
