@@ -12,6 +12,7 @@
 #include "blas/level2/level2.h"
 #include "cblas.h"
 #include "core.h"
+#include "zar/services.h"
 
 namespace zar::core::l2 {
 
