@@ -57,26 +57,61 @@ template <class R> struct block {
   typename simd<R>::V v[4];
 };
 
-// Depth loop over kp (a multiple of 4) steps of one A panel and one B panel.
-template <class R>
-__attribute__((always_inline)) inline block<R> micro(int kp, const R* __restrict a, const R* __restrict b) {
-  using S = simd<R>;
-  using V = typename S::V;
-  V c0 = S::zero(), c1 = S::zero(), c2 = S::zero(), c3 = S::zero();
-  for (int p = 0; p < kp; p += 4) {
-#pragma GCC unroll 4
-    for (int u = 0; u < 4; ++u) {
-      const V av = S::load(a + u * S::L);
-      c0 = S::add(c0, S::mul(av, S::bcast(b + 4 * u + 0)));
-      c1 = S::add(c1, S::mul(av, S::bcast(b + 4 * u + 1)));
-      c2 = S::add(c2, S::mul(av, S::bcast(b + 4 * u + 2)));
-      c3 = S::add(c3, S::mul(av, S::bcast(b + 4 * u + 3)));
-    }
-    a += 4 * S::L;
-    b += 16;
+// Depth loop over kp (a multiple of 4) steps of one A panel and one B panel,
+// four steps per turn. Written in assembly so that the four accumulators,
+// the A vector and three products stay in the eight vector registers (the
+// compiler spills accumulators here). Step u: A = a[u], then for each
+// column q: t = broadcast(b[u][q]) * A; acc[q] += t. Each accumulator takes
+// its products in depth order; the out-of-order core overlaps the products
+// of a step with the adds of the step before.
+#define ZAR_GEMM_STEP(u, S, BC, R)                                 \
+  "vmovap" S " " #u "*32(%[a]), %[av]\n\t"                         \
+  "vbroadcasts" BC " " #u "*4*" #R "(%[b]), %[t0]\n\t"             \
+  "vbroadcasts" BC " " #u "*4*" #R "+" #R "(%[b]), %[t1]\n\t"      \
+  "vmulp" S " %[av], %[t0], %[t0]\n\t"                             \
+  "vbroadcasts" BC " " #u "*4*" #R "+2*" #R "(%[b]), %[t2]\n\t"    \
+  "vmulp" S " %[av], %[t1], %[t1]\n\t"                             \
+  "vaddp" S " %[t0], %[c0], %[c0]\n\t"                             \
+  "vbroadcasts" BC " " #u "*4*" #R "+3*" #R "(%[b]), %[t0]\n\t"    \
+  "vmulp" S " %[av], %[t2], %[t2]\n\t"                             \
+  "vaddp" S " %[t1], %[c1], %[c1]\n\t"                             \
+  "vmulp" S " %[av], %[t0], %[t0]\n\t"                             \
+  "vaddp" S " %[t2], %[c2], %[c2]\n\t"                             \
+  "vaddp" S " %[t0], %[c3], %[c3]\n\t"
+
+#define ZAR_GEMM_MICRO(S, BC, R)                                                                  \
+  "vxorp" S " %[c0], %[c0], %[c0]\n\t"                                                           \
+  "vxorp" S " %[c1], %[c1], %[c1]\n\t"                                                           \
+  "vxorp" S " %[c2], %[c2], %[c2]\n\t"                                                           \
+  "vxorp" S " %[c3], %[c3], %[c3]\n\t"                                                           \
+  "test %[n], %[n]\n\t"                                                                          \
+  "jle 2f\n\t"                                                                                   \
+  ".p2align 4\n"                                                                                 \
+  "1:\n\t"                                                                                       \
+  "prefetcht0 448(%[a])\n\t"                                                                     \
+  ZAR_GEMM_STEP(0, S, BC, R) ZAR_GEMM_STEP(1, S, BC, R) ZAR_GEMM_STEP(2, S, BC, R)              \
+  ZAR_GEMM_STEP(3, S, BC, R)                                                                     \
+  "add $128, %[a]\n\t"                                                                           \
+  "add $16*" #R ", %[b]\n\t"                                                                     \
+  "dec %[n]\n\t"                                                                                 \
+  "jnz 1b\n"                                                                                     \
+  "2:\n"
+
+template <class R> inline block<R> micro(int kp, const R* a, const R* b);
+
+#define ZAR_GEMM_MICRO_FN(R, S, BC, RB)                                                          \
+  template <> __attribute__((always_inline)) inline block<R> micro<R>(int kp, const R* a, const R* b) { \
+    typename simd<R>::V c0, c1, c2, c3, av, t0, t1, t2;                                           \
+    int n = kp / 4;                                                                               \
+    asm volatile(ZAR_GEMM_MICRO(S, BC, RB)                                                        \
+                 : [c0] "=&x"(c0), [c1] "=&x"(c1), [c2] "=&x"(c2), [c3] "=&x"(c3), [av] "=&x"(av), \
+                   [t0] "=&x"(t0), [t1] "=&x"(t1), [t2] "=&x"(t2), [a] "+r"(a), [b] "+r"(b), [n] "+r"(n) \
+                 :                                                                                \
+                 : "memory", "cc");                                                               \
+    return {{c0, c1, c2, c3}};                                                                    \
   }
-  return {{c0, c1, c2, c3}};
-}
+ZAR_GEMM_MICRO_FN(double, "d", "d", 8)
+ZAR_GEMM_MICRO_FN(float, "s", "s", 4)
 
 // The register block as nr columns of vectors in element order.
 template <class T> inline int columns(block<real_of<T>>& blk) {
