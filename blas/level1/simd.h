@@ -1,0 +1,229 @@
+// Level-1 building blocks: AVX vectors of the real types, the walkers that
+// every vector kernel shares (unit-stride streaming with a peel to a 32-byte
+// boundary, strided walks with the negative-increment rule) and the
+// unit-stride reduction engine whose partial-sum layout fixes the rounding of
+// dot, asum and the single-precision norms.
+#pragma once
+#include <immintrin.h>
+
+#include <cstddef>
+#include <type_traits>
+
+#include "zar/cbwr.h"
+#include "zar/types.h"
+
+namespace zar::l1 {
+
+// ---- AVX vectors of one real type
+template <class R>
+struct vec;
+
+template <>
+struct vec<double> {
+  using V = __m256d;
+  static constexpr int L = 4;
+  static V load(const double* p) { return _mm256_loadu_pd(p); }
+  static void store(double* p, V v) { _mm256_storeu_pd(p, v); }
+  static V set1(double a) { return _mm256_set1_pd(a); }
+  static V zero() { return _mm256_setzero_pd(); }
+  static V add(V a, V b) { return _mm256_add_pd(a, b); }
+  static V sub(V a, V b) { return _mm256_sub_pd(a, b); }
+  static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
+  static V abs(V a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
+  // max/min(a, b) give b when either is NaN
+  static V max(V a, V b) { return _mm256_max_pd(a, b); }
+  static V min(V a, V b) { return _mm256_min_pd(a, b); }
+  // (re, im) pairs: swap the two parts of every pair.
+  static V swap_pairs(V a) { return _mm256_permute_pd(a, 0x5); }
+  // lanes (a0 - b0, a1 + b1, ...)
+  static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
+  // sum of each (re, im) pair of a and b; the element order within the result
+  // is not preserved (used only by the searches)
+  static V pair_sums(V a, V b) { return _mm256_hadd_pd(a, b); }
+  // Horizontal sum in the fixed order (v0 + v2) + (v1 + v3).
+  static double hsum(V v) {
+    const __m128d w = _mm_add_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
+    return _mm_cvtsd_f64(_mm_add_sd(w, _mm_unpackhi_pd(w, w)));
+  }
+};
+
+template <>
+struct vec<float> {
+  using V = __m256;
+  static constexpr int L = 8;
+  static V load(const float* p) { return _mm256_loadu_ps(p); }
+  static void store(float* p, V v) { _mm256_storeu_ps(p, v); }
+  static V set1(float a) { return _mm256_set1_ps(a); }
+  static V zero() { return _mm256_setzero_ps(); }
+  static V add(V a, V b) { return _mm256_add_ps(a, b); }
+  static V sub(V a, V b) { return _mm256_sub_ps(a, b); }
+  static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
+  static V abs(V a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
+  static V max(V a, V b) { return _mm256_max_ps(a, b); }
+  static V min(V a, V b) { return _mm256_min_ps(a, b); }
+  static V swap_pairs(V a) { return _mm256_permute_ps(a, 0xB1); }
+  static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
+  static V pair_sums(V a, V b) { return _mm256_hadd_ps(a, b); }
+  // Horizontal sum in the fixed order ((v0 + v4) + (v2 + v6)) + ((v1 + v5) + (v3 + v7)).
+  static float hsum(V v) {
+    const __m128 w = _mm_add_ps(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1));
+    const __m128 u = _mm_add_ps(w, _mm_movehl_ps(w, w));
+    return _mm_cvtss_f32(_mm_add_ss(u, _mm_shuffle_ps(u, u, 0x55)));
+  }
+};
+
+// Elements of T per 32-byte vector.
+template <class T>
+inline constexpr int per_vec = static_cast<int>(32 / sizeof(T));
+
+// ---- complex arithmetic written out (one rounding per product and per sum)
+template <class R>
+inline cx<R> cmul(cx<R> a, cx<R> b) {
+  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+// conj(a) * b
+template <class R>
+inline cx<R> cmulc(cx<R> a, cx<R> b) {
+  return {a.re * b.re + a.im * b.im, a.re * b.im - a.im * b.re};
+}
+template <class R>
+inline cx<R> cadd(cx<R> a, cx<R> b) {
+  return {a.re + b.re, a.im + b.im};
+}
+
+// Scalar arithmetic over real and complex elements alike.
+inline float mul(float a, float b) { return a * b; }
+inline double mul(double a, double b) { return a * b; }
+template <class R>
+inline cx<R> mul(cx<R> a, cx<R> b) {
+  return cmul(a, b);
+}
+inline float add(float a, float b) { return a + b; }
+inline double add(double a, double b) { return a + b; }
+template <class R>
+inline cx<R> add(cx<R> a, cx<R> b) {
+  return cadd(a, b);
+}
+template <class T>
+inline T zero_of() {
+  return T{};
+}
+template <class T>
+inline bool is_zero(const T& a) {
+  if constexpr (is_complex_v<T>)
+    return a.re == 0 && a.im == 0;
+  else
+    return a == 0;
+}
+template <class R>
+inline const R* reals(const cx<R>* p) {
+  return reinterpret_cast<const R*>(p);
+}
+template <class R>
+inline R* reals(cx<R>* p) {
+  return reinterpret_cast<R*>(p);
+}
+
+// ---- variants named in the kernel lists of level1.h
+// fast: the reproducibility switch chooses the peel of a reduction; cnr: the
+// alignment-independent twin (never peels).
+struct fast {
+  template <class T>
+  static int peel(const T* x) {
+    if (!fast_path_allowed()) return 0;
+    const int p = peel_to_32(x);
+    return p < 0 ? 0 : p;
+  }
+};
+struct cnr {
+  template <class T>
+  static int peel(const T*) {
+    return 0;
+  }
+};
+struct conj {};   // complex products with x conjugated
+struct plain {};  // the one form of a kernel
+
+// ---- walkers
+
+// A strided vector: element k at p[start + k * inc], with the
+// negative-increment rule for the start.
+template <class T>
+struct strided {
+  T* p;
+  std::ptrdiff_t inc;
+  strided(T* base, int n, int incx) : p(base + vec_start(n, incx)), inc(incx) {}
+  T& operator[](int k) const { return p[k * inc]; }
+};
+
+// Unit-stride streaming update of n elements. Op::one(i) updates element i,
+// Op::vec(i) the per_vec<T> elements from i. When the written vector w is
+// element-aligned and n covers the peel plus one block, single elements are
+// taken until w reaches a 32-byte boundary, then blocks of four vectors, then
+// single vectors, then single elements. Element-wise updates give the same
+// bits on every path.
+template <class T, class Op>
+inline void stream_unit(int n, const T* w, const Op& op) {
+  constexpr int E = per_vec<T>;
+  const int peel = peel_to_32(w);
+  int i = 0;
+  if (peel >= 0 && n >= peel + 4 * E) {
+    for (; i < peel; ++i) op.one(i);
+    for (; i + 4 * E <= n; i += 4 * E) {
+      op.vec(i);
+      op.vec(i + E);
+      op.vec(i + 2 * E);
+      op.vec(i + 3 * E);
+    }
+    for (; i + E <= n; i += E) op.vec(i);
+  }
+  for (; i < n; ++i) op.one(i);
+}
+
+// Unit-stride reduction of n elements into Acc. The first `peel` elements
+// (the fast path's steps to a 32-byte boundary; 0 for the `_cnr` twins) are
+// added one by one to s. The following full vectors of vec<Acc>::L elements
+// go into four vector partial sums, vector g into partial sum g mod 4; these
+// combine lane-wise as (a0 + a1) + (a2 + a3), then horizontally (vec::hsum),
+// and the total is s + that sum. The remaining elements are added one by one.
+// Op::one(i) gives element i's term as Acc, Op::vec(i) the terms of the L
+// elements from i as a vector.
+template <class Acc, class Op>
+inline Acc reduce_unit(int n, int peel, const Op& op) {
+  using W = vec<Acc>;
+  constexpr int L = W::L;
+  if (peel > n) peel = n;
+  Acc s = 0;
+  int i = 0;
+  for (; i < peel; ++i) s += op.one(i);
+  const int nv = (n - peel) / L;
+  if (nv > 0) {
+    typename W::V a0 = W::zero(), a1 = W::zero(), a2 = W::zero(), a3 = W::zero();
+    int g = 0;
+    for (; g + 8 <= nv; g += 8, i += 8 * L) {
+      a0 = W::add(a0, op.vec(i));
+      a1 = W::add(a1, op.vec(i + L));
+      a2 = W::add(a2, op.vec(i + 2 * L));
+      a3 = W::add(a3, op.vec(i + 3 * L));
+      a0 = W::add(a0, op.vec(i + 4 * L));
+      a1 = W::add(a1, op.vec(i + 5 * L));
+      a2 = W::add(a2, op.vec(i + 6 * L));
+      a3 = W::add(a3, op.vec(i + 7 * L));
+    }
+    if (g + 4 <= nv) {
+      a0 = W::add(a0, op.vec(i));
+      a1 = W::add(a1, op.vec(i + L));
+      a2 = W::add(a2, op.vec(i + 2 * L));
+      a3 = W::add(a3, op.vec(i + 3 * L));
+      g += 4, i += 4 * L;
+    }
+    if (g < nv) a0 = W::add(a0, op.vec(i)), ++g, i += L;
+    if (g < nv) a1 = W::add(a1, op.vec(i)), ++g, i += L;
+    if (g < nv) a2 = W::add(a2, op.vec(i)), ++g, i += L;
+    s = s + W::hsum(W::add(W::add(a0, a1), W::add(a2, a3)));
+  }
+  for (; i < n; ++i) s += op.one(i);
+  return s;
+}
+
+}  // namespace zar::l1
