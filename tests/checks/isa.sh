@@ -14,8 +14,9 @@ beyond_avx=(
   # AVX2: new permutes, broadcasts from a register, gathers, variable shifts, masked integer moves
   '^vperm(d|q|ps|pd) ' '^vperm2i128' '^v(inserti|extracti)128' '^vpbroadcast' '^vp?gather' '^vpblendd'
   '^vps(ll|rl|ra)v[dqw]' '^vpmaskmov' '^vbroadcasts[sd] +%xmm' '^vbroadcasti128'
-  # AVX2: integer operations on 256-bit registers (AVX has them on 128 bits only)
-  '^vp(?!ermil|test)[a-z0-9]* .*%ymm'
+  # AVX2: integer operations on 256-bit registers (AVX has them on 128 bits
+  # only; vpermil*, vperm2f128 and vptest are AVX floating-point forms)
+  '^vp(?!ermil|test|erm2f128)[a-z0-9]* .*%ymm'
   # AVX-512: zmm registers, mask registers, EVEX-only forms
   '%zmm' '%k[0-7]' '\{1to' '^kmov' '^vpternlog' '^valign' '^vpcompress' '^vpexpand'
   # F16C, BMI1, BMI2, LZCNT, ADX, MOVBE
