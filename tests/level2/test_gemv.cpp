@@ -1,10 +1,12 @@
 // gemv: the scaling rules of y, the early returns, the order of operations
 // (bit for bit against plain loops that follow it), alignment independence
 // of the reproducible twin, threads, and the fused and mixed-type products.
+#include <functional>
 #include <string>
 
 #include "blas/level2/l2.h"
 #include "l2test.h"
+#include "zar/blas.h"
 #include "zar/control.h"
 
 namespace {
@@ -286,6 +288,43 @@ TEST(MixedGemv, RealMatrixComplexVectors) {
   check_mixed<c64, double>(&zar_blas_avx_dzgemv);
   check_mixed<c32, float>(&zar_blas_avx_scgemv);
   testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
+
+namespace {
+
+// The front ends of the routines outside the reference BLAS check their
+// arguments like gemv and name themselves in the report.
+TEST(ExtraFrontEnds, ReportTheFirstIllegalArgument) {
+  const int m = 3, n = 2, lda = 3, one = 1, zero = 0, neg = -1;
+  const double a[6] = {1, 2, 3, 4, 5, 6}, x[3] = {1, 1, 1}, alpha = 1, beta = 0;
+  double y1[3] = {7, 7, 7}, y2[3] = {7, 7, 7};
+  struct probe {
+    const char* want;
+    std::function<void()> call;
+  };
+  const double za[2] = {1, 0}, zx[6] = {1, 0, 1, 0, 1, 0};
+  double zy[6] = {};
+  const std::vector<probe> probes = {
+      {"DGEM2VU parameter number  1", [&] { dgem2vu_(&neg, &n, &alpha, a, &lda, x, &one, x, &one, &beta, y1, &one, y2, &one); }},
+      {"DGEM2VU parameter number  5", [&] { dgem2vu_(&m, &n, &alpha, a, &one, x, &one, x, &one, &beta, y1, &one, y2, &one); }},
+      {"DGEM2VU parameter number  9", [&] { dgem2vu_(&m, &n, &alpha, a, &lda, x, &one, x, &zero, &beta, y1, &one, y2, &one); }},
+      {"DGEM2VU parameter number 14", [&] { dgem2vu_(&m, &n, &alpha, a, &lda, x, &one, x, &one, &beta, y1, &one, y2, &zero); }},
+      {"DZGEMV parameter number  1", [&] { dzgemv_("X", &m, &n, za, a, &lda, zx, &one, za, zy, &one); }},
+      {"DZGEMV parameter number 11", [&] { dzgemv_("N", &m, &n, za, a, &lda, zx, &one, za, zy, &zero); }},
+  };
+  for (const auto& p : probes) {
+    testing::internal::CaptureStderr();
+    p.call();
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find(p.want), std::string::npos) << err;
+  }
+  for (double v : y1) EXPECT_EQ(v, 7) << "no work after an illegal argument";
+  // legal: both products
+  dgem2vu_(&m, &n, &alpha, a, &lda, x, &one, x, &one, &beta, y1, &one, y2, &one);
+  EXPECT_EQ(y1[0], 1 + 4);
+  EXPECT_EQ(y2[1], 4 + 5 + 6);
 }
 
 }  // namespace

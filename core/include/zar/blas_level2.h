@@ -139,6 +139,26 @@ void zgeru_(const int* m, const int* n, const void* alpha, const void* x, const 
 void zgerc_(const int* m, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
             const int* incy, void* a, const int* lda);
 
+/* Not in the reference BLAS: two products with one pass over A,
+ * y1 := alpha*A*x1 + beta*y1 and y2 := alpha*A^T*x2 + beta*y2 (A^H for the
+ * complex gem2vc), and a real matrix times complex vectors (dzgemv, scgemv). */
+void sgem2vu_(const int* m, const int* n, const float* alpha, const float* a, const int* lda, const float* x1,
+              const int* incx1, const float* x2, const int* incx2, const float* beta, float* y1, const int* incy1,
+              float* y2, const int* incy2);
+void dgem2vu_(const int* m, const int* n, const double* alpha, const double* a, const int* lda, const double* x1,
+              const int* incx1, const double* x2, const int* incx2, const double* beta, double* y1, const int* incy1,
+              double* y2, const int* incy2);
+void cgem2vc_(const int* m, const int* n, const void* alpha, const void* a, const int* lda, const void* x1,
+              const int* incx1, const void* x2, const int* incx2, const void* beta, void* y1, const int* incy1,
+              void* y2, const int* incy2);
+void zgem2vc_(const int* m, const int* n, const void* alpha, const void* a, const int* lda, const void* x1,
+              const int* incx1, const void* x2, const int* incx2, const void* beta, void* y1, const int* incy1,
+              void* y2, const int* incy2);
+void dzgemv_(const char* trans, const int* m, const int* n, const void* alpha, const double* a, const int* lda,
+             const void* x, const int* incx, const void* beta, void* y, const int* incy);
+void scgemv_(const char* trans, const int* m, const int* n, const void* alpha, const float* a, const int* lda,
+             const void* x, const int* incx, const void* beta, void* y, const int* incy);
+
 #ifdef __cplusplus
 }
 #endif

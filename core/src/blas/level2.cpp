@@ -209,3 +209,21 @@ ZAR_L2_ALL(ZAR_L2_DISPATCH)
 ZAR_L2_ALL(ZAR_L2_F_ALL)
 ZAR_L2_REAL(ZAR_L2_F_REAL)
 ZAR_L2_CPLX(ZAR_L2_F_CPLX)
+
+// ---- the fused two-product gemv and the real-matrix complex-vector gemv
+#define ZAR_L2_F_GEM2V(t, T, name)                                                                                \
+  ZAR_API void t##name##_(ZAR_L2_GEM2V_ARGS(T)) {                                                                 \
+    if (ok_gem2v(ZAR_L2_REP(t, name), *m, *n, *lda, *incx1, *incx2, *incy1, *incy2))                               \
+      ZAR_KERNEL(zar_blas_avx_##t##name)(m, n, alpha, a, lda, x1, incx1, x2, incx2, beta, y1, incy1, y2, incy2);  \
+  }
+#define ZAR_L2_F_GEM2VU(t, T, R) ZAR_L2_F_GEM2V(t, T, gem2vu)
+#define ZAR_L2_F_GEM2VC(t, T, R) ZAR_L2_F_GEM2V(t, T, gem2vc)
+ZAR_L2_REAL(ZAR_L2_F_GEM2VU)
+ZAR_L2_CPLX(ZAR_L2_F_GEM2VC)
+
+#define ZAR_L2_F_MIXED(r, c, C, R)                                                                                \
+  ZAR_API void r##c##gemv_(ZAR_L2_MIXGEMV_ARGS(C, R)) {                                                           \
+    if (ok_gemv(ZAR_L2_REP(r, c##gemv), trans, *m, *n, *lda, *incx, *incy))                                       \
+      ZAR_KERNEL(zar_blas_avx_##r##c##gemv)(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);                  \
+  }
+ZAR_L2_MIXED(ZAR_L2_F_MIXED)

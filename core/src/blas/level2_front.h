@@ -153,6 +153,17 @@ inline bool ok_tri(const rep& r, const char* uplo, const char* trans, const char
   if (incx == 0) return r.bad(packed ? 7 : band ? 9 : 8);
   return true;
 }
+// gem2vu/gem2vc: (m, n, alpha, a, lda, x1, incx1, x2, incx2, beta, y1, incy1, y2, incy2)
+inline bool ok_gem2v(const rep& r, int m, int n, int lda, int incx1, int incx2, int incy1, int incy2) {
+  if (m < 0) return r.bad(1);
+  if (n < 0) return r.bad(2);
+  if (lda < std::max(1, m)) return r.bad(5);
+  if (incx1 == 0) return r.bad(7);
+  if (incx2 == 0) return r.bad(9);
+  if (incy1 == 0) return r.bad(12);
+  if (incy2 == 0) return r.bad(14);
+  return true;
+}
 inline bool ok_ger(const rep& r, int m, int n, int incx, int incy, int lda) {
   if (m < 0) return r.bad(1);
   if (n < 0) return r.bad(2);
