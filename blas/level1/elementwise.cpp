@@ -74,8 +74,8 @@ void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
     using W = vec<real_t<T>>;
     const scalar_vecs<T> a(alpha);
     stream_unit(n, y,
-                body{[&](int i) { y[i] = add(y[i], mul(alpha, x[i])); },
-                     [&](int i) {
+                body{[=](int i) { y[i] = add(y[i], mul(alpha, x[i])); },
+                     [=](int i) {
                        auto* yr = reinterpret_cast<real_t<T>*>(y + i);
                        const auto* xr = reinterpret_cast<const real_t<T>*>(x + i);
                        W::store(yr, W::add(W::load(yr), scale_vec<T>(a.a, a.b, W::load(xr))));
@@ -122,8 +122,8 @@ void scal(int n, S alpha, T* x, int incx) {
     if (step == 1) {
       const scalar_vecs<T> a(alpha);
       stream_unit(n, x,
-                  body{[&](int i) { x[i] = mul(alpha, x[i]); },
-                       [&](int i) {
+                  body{[=](int i) { x[i] = mul(alpha, x[i]); },
+                       [=](int i) {
                          auto* xr = reinterpret_cast<real_t<T>*>(x + i);
                          W::store(xr, scale_vec<T>(a.a, a.b, W::load(xr)));
                        }});
@@ -158,8 +158,8 @@ void rot(int n, T* x, int incx, T* y, int incy, real_t<T> c, real_t<T> s) {
       using W = vec<R>;
       const auto vc = W::set1(c), vs = W::set1(s);
       stream_unit(n, x,
-                  body{[&](int i) { rot_pair(x[i], y[i], c, s); },
-                       [&](int i) {
+                  body{[=](int i) { rot_pair(x[i], y[i], c, s); },
+                       [=](int i) {
                          const auto xv = W::load(x + i), yv = W::load(y + i);
                          W::store(x + i, W::add(W::mul(vc, xv), W::mul(vs, yv)));
                          W::store(y + i, W::sub(W::mul(vc, yv), W::mul(vs, xv)));
@@ -219,12 +219,12 @@ void swap(int n, T* x, int incx, T* y, int incy) {
   if (n < 1) return;
   if (incx == 1 && incy == 1) {
     stream_unit(n, y,
-                body{[&](int i) {
+                body{[=](int i) {
                        const T t = x[i];
                        x[i] = y[i];
                        y[i] = t;
                      },
-                     [&](int i) {
+                     [=](int i) {
                        auto* xp = reinterpret_cast<float*>(x + i);
                        auto* yp = reinterpret_cast<float*>(y + i);
                        const __m256 t = _mm256_loadu_ps(xp);
@@ -246,8 +246,8 @@ void copy(int n, const T* x, int incx, T* y, int incy) {
   if (n < 1) return;
   if (incx == 1 && incy == 1) {
     stream_unit(n, y,
-                body{[&](int i) { y[i] = x[i]; },
-                     [&](int i) {
+                body{[=](int i) { y[i] = x[i]; },
+                     [=](int i) {
                        _mm256_storeu_ps(reinterpret_cast<float*>(y + i),
                                         _mm256_loadu_ps(reinterpret_cast<const float*>(x + i)));
                      }});

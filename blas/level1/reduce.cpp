@@ -89,9 +89,11 @@ double dsdot(int n, const float* x, int incx, const float* y, int incy) {
   return dot_real<double, float, V>(n, x, incx, y, incy);
 }
 
-// sdsdot: sb + (the double-precision dot), rounded once to single.
+// sdsdot: sb + (the double-precision dot), rounded once to single; with
+// n < 1 just sb through double.
 template <class V>
 float sdsdot(int n, float sb, const float* x, int incx, const float* y, int incy) {
+  if (n < 1) return static_cast<float>(static_cast<double>(sb));
   return static_cast<float>(static_cast<double>(sb) + dot_real<double, float, V>(n, x, incx, y, incy));
 }
 

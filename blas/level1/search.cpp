@@ -84,11 +84,12 @@ __attribute__((noinline)) int search_nonan(int n, const T* x, int incx) {
       for (int j = 1; j < L; ++j)
         if (C::better(lane[j], chunk_best)) chunk_best = lane[j];
       if (C::better(chunk_best, best)) {
-        for (int k = i; k < i + len; ++k)
-          if (magnitude(x[k]) == chunk_best) {
-            best = chunk_best, index = k + 1;
-            break;
-          }
+        // the first vector holding that magnitude, then its first element
+        const auto target = W::set1(chunk_best);
+        int k = i;
+        while (!W::eq_mask(magnitudes<T>(x + k), target)) k += L;
+        while (magnitude(x[k]) != chunk_best) ++k;
+        best = chunk_best, index = k + 1;
       }
       i += len;
     }

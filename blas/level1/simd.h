@@ -33,6 +33,8 @@ struct vec<double> {
   // max/min(a, b) give b when either is NaN
   static V max(V a, V b) { return _mm256_max_pd(a, b); }
   static V min(V a, V b) { return _mm256_min_pd(a, b); }
+  // lanes equal (quiet: NaN raises nothing), one bit per lane
+  static int eq_mask(V a, V b) { return _mm256_movemask_pd(_mm256_cmp_pd(a, b, _CMP_EQ_OQ)); }
   // (re, im) pairs: swap the two parts of every pair.
   static V swap_pairs(V a) { return _mm256_permute_pd(a, 0x5); }
   // lanes (a0 - b0, a1 + b1, ...)
@@ -61,6 +63,7 @@ struct vec<float> {
   static V abs(V a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
   static V max(V a, V b) { return _mm256_max_ps(a, b); }
   static V min(V a, V b) { return _mm256_min_ps(a, b); }
+  static int eq_mask(V a, V b) { return _mm256_movemask_ps(_mm256_cmp_ps(a, b, _CMP_EQ_OQ)); }
   static V swap_pairs(V a) { return _mm256_permute_ps(a, 0xB1); }
   static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
   static V pair_sums(V a, V b) { return _mm256_hadd_ps(a, b); }
@@ -163,7 +166,7 @@ struct strided {
 // single vectors, then single elements. Element-wise updates give the same
 // bits on every path.
 template <class T, class Op>
-inline void stream_unit(int n, const T* w, const Op& op) {
+inline void stream_unit(int n, const T* w, Op op) {
   constexpr int E = per_vec<T>;
   const int peel = peel_to_32(w);
   int i = 0;
@@ -189,7 +192,7 @@ inline void stream_unit(int n, const T* w, const Op& op) {
 // Op::one(i) gives element i's term as Acc, Op::vec(i) the terms of the L
 // elements from i as a vector.
 template <class Acc, class Op>
-inline Acc reduce_unit(int n, int peel, const Op& op) {
+inline Acc reduce_unit(int n, int peel, Op op) {
   using W = vec<Acc>;
   constexpr int L = W::L;
   if (peel > n) peel = n;

@@ -140,6 +140,9 @@ TEST(Orders, SdsdotAddsInDoubleAndRoundsOnce) {
   const float sb = 1.0f;
   const float got = zar_blas_avx_xsdsdot(&n, &sb, x.data(), &one, y.data(), &one);
   EXPECT_EQ(got, 1.0f + 0x1p-19f);
+  const int none = 0;
+  const float negative_zero = -0.0f;
+  EXPECT_TRUE(same_bits(zar_blas_avx_xsdsdot(&none, &negative_zero, x.data(), &one, y.data(), &one), -0.0f));
   std::mt19937 g(5);
   for (int len : {0, 1, 9, 100})
     for (int inc : {1, 2, -1}) {

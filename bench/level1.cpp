@@ -1,0 +1,177 @@
+// Level 1: daxpy, ddot, dnrm2, idamax and dscal (unit stride) at n = 1000
+// (in the first-level cache), 100000 and 10 million (in memory), through the
+// Fortran entries of zar, OpenBLAS (serial) and the reference BLAS for i386.
+// Arrays are 64-byte aligned and reused for every repetition (warm caches).
+//
+// Each routine shows GFLOP/s (daxpy, ddot, dnrm2 2n flops; dscal n; idamax n
+// magnitude comparisons) and zar's GB/s (bytes each element needs: daxpy 24,
+// ddot 16, dnrm2, idamax and dscal 8 read + 8 written for dscal). At 10
+// million the last column relates zar's GB/s to the streaming bandwidth this
+// bench measures first with the simplest AVX loops of the same traffic:
+// reading two arrays (dot-like, 16 B/element), reading one (8 B), and
+// y[i] += x[i] / x[i] *= s (read-modify-write, 24 and 16 B).
+#include <immintrin.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "harness.h"
+
+namespace {
+
+struct aligned {
+  double* p;
+  explicit aligned(size_t n) : p(static_cast<double*>(std::aligned_alloc(64, (n * sizeof(double) + 63) / 64 * 64))) {}
+  ~aligned() { std::free(p); }
+};
+
+// ---- streaming loops (n a multiple of 16)
+double stream_read2(const double* a, const double* b, int n) {
+  __m256d s0 = _mm256_setzero_pd(), s1 = s0, s2 = s0, s3 = s0;
+  for (int i = 0; i < n; i += 16) {
+    s0 = _mm256_add_pd(s0, _mm256_add_pd(_mm256_load_pd(a + i), _mm256_load_pd(b + i)));
+    s1 = _mm256_add_pd(s1, _mm256_add_pd(_mm256_load_pd(a + i + 4), _mm256_load_pd(b + i + 4)));
+    s2 = _mm256_add_pd(s2, _mm256_add_pd(_mm256_load_pd(a + i + 8), _mm256_load_pd(b + i + 8)));
+    s3 = _mm256_add_pd(s3, _mm256_add_pd(_mm256_load_pd(a + i + 12), _mm256_load_pd(b + i + 12)));
+  }
+  double out[4];
+  _mm256_storeu_pd(out, _mm256_add_pd(_mm256_add_pd(s0, s1), _mm256_add_pd(s2, s3)));
+  return out[0] + out[1] + out[2] + out[3];
+}
+double stream_read1(const double* a, int n) {
+  __m256d s0 = _mm256_setzero_pd(), s1 = s0, s2 = s0, s3 = s0;
+  for (int i = 0; i < n; i += 16) {
+    s0 = _mm256_add_pd(s0, _mm256_load_pd(a + i));
+    s1 = _mm256_add_pd(s1, _mm256_load_pd(a + i + 4));
+    s2 = _mm256_add_pd(s2, _mm256_load_pd(a + i + 8));
+    s3 = _mm256_add_pd(s3, _mm256_load_pd(a + i + 12));
+  }
+  double out[4];
+  _mm256_storeu_pd(out, _mm256_add_pd(_mm256_add_pd(s0, s1), _mm256_add_pd(s2, s3)));
+  return out[0] + out[1] + out[2] + out[3];
+}
+void stream_update(const double* x, double* y, int n) {
+  for (int i = 0; i < n; i += 8) {
+    _mm256_store_pd(y + i, _mm256_add_pd(_mm256_load_pd(y + i), _mm256_load_pd(x + i)));
+    _mm256_store_pd(y + i + 4, _mm256_add_pd(_mm256_load_pd(y + i + 4), _mm256_load_pd(x + i + 4)));
+  }
+}
+void stream_scale(double* x, double s, int n) {
+  const __m256d v = _mm256_set1_pd(s);
+  for (int i = 0; i < n; i += 8) {
+    _mm256_store_pd(x + i, _mm256_mul_pd(_mm256_load_pd(x + i), v));
+    _mm256_store_pd(x + i + 4, _mm256_mul_pd(_mm256_load_pd(x + i + 4), v));
+  }
+}
+
+volatile double sink;
+
+using axpy_fn = void (*)(const int*, const double*, const double*, const int*, double*, const int*);
+using dot_fn = double (*)(const int*, const double*, const int*, const double*, const int*);
+using nrm2_fn = double (*)(const int*, const double*, const int*);
+using iamax_fn = int (*)(const int*, const double*, const int*);
+using scal_fn = void (*)(const int*, const double*, double*, const int*);
+
+// Calls per timed repetition, so that one repetition lasts about 50 us.
+int calls_for(int n) { return std::max(1, 400000 / n); }
+
+void run() {
+  const auto& libs = bench::libraries();
+  const std::vector<int> sizes =
+      bench::quick() ? std::vector<int>{1000, 100000} : std::vector<int>{1000, 100000, 10000000};
+  const int nmax = sizes.back();
+  aligned x(nmax), y(nmax);
+  std::mt19937 g(3);
+  std::uniform_real_distribution<double> u(-1, 1);
+  for (int i = 0; i < nmax; ++i) x.p[i] = u(g), y.p[i] = u(g);
+
+  // Streaming bandwidth at the largest size.
+  const double total = bench::quick() ? 0.1 : 0.5;
+  const double bytes = double(nmax) * sizeof(double);
+  const double bw_read2 = 2 * bytes / bench::best_seconds([&] { sink = stream_read2(x.p, y.p, nmax); }, total) / 1e9;
+  const double bw_read1 = bytes / bench::best_seconds([&] { sink = stream_read1(x.p, nmax); }, total) / 1e9;
+  const double bw_update = 3 * bytes / bench::best_seconds([&] { stream_update(x.p, y.p, nmax); }, total) / 1e9;
+  int flip = 0;
+  const double bw_scale =
+      2 * bytes / bench::best_seconds([&] { stream_scale(x.p, (flip ^= 1) ? 2.0 : 0.5, nmax); }, total) / 1e9;
+  {
+    bench::table tab("Level 1: streaming bandwidth at n = " + std::to_string(nmax) + " (simplest AVX loops), GB/s",
+                     {"pattern", "GB/s"});
+    tab.row({"read 2 arrays", bench::fmt("%.1f", bw_read2)});
+    tab.row({"read 1 array", bench::fmt("%.1f", bw_read1)});
+    tab.row({"y += x", bench::fmt("%.1f", bw_update)});
+    tab.row({"x *= s", bench::fmt("%.1f", bw_scale)});
+  }
+
+  struct routine {
+    const char* name;
+    double flops_per_elem, bytes_per_elem, stream;
+    std::function<void(const bench::library&, int)> call;  // calls_for(n) calls on n elements
+  };
+  const int one = 1;
+  const std::vector<routine> routines = {
+      {"daxpy", 2, 24, bw_update,
+       [&](const bench::library& l, int n) {
+         const auto f = l.sym<axpy_fn>("daxpy_");
+         const double a[2] = {1e-3, -1e-3};
+         for (int c = 0, k = calls_for(n); c < k; ++c) f(&n, &a[c & 1], x.p, &one, y.p, &one);
+       }},
+      {"ddot", 2, 16, bw_read2,
+       [&](const bench::library& l, int n) {
+         const auto f = l.sym<dot_fn>("ddot_");
+         double s = 0;
+         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one, y.p, &one);
+         sink = s;
+       }},
+      {"dnrm2", 2, 8, bw_read1,
+       [&](const bench::library& l, int n) {
+         const auto f = l.sym<nrm2_fn>("dnrm2_");
+         double s = 0;
+         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one);
+         sink = s;
+       }},
+      {"idamax", 1, 8, bw_read1,
+       [&](const bench::library& l, int n) {
+         const auto f = l.sym<iamax_fn>("idamax_");
+         int s = 0;
+         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one);
+         sink = s;
+       }},
+      {"dscal", 1, 16, bw_scale,
+       [&](const bench::library& l, int n) {
+         const auto f = l.sym<scal_fn>("dscal_");
+         const double a[2] = {2.0, 0.5};
+         for (int c = 0, k = calls_for(n); c < k; ++c) f(&n, &a[c & 1], y.p, &one);
+       }},
+  };
+
+  std::vector<std::string> cols = {"routine", "n"};
+  for (const auto& l : libs) cols.push_back(l.name + " GF/s");
+  if (libs.size() > 1) cols.push_back("zar/" + libs[1].name);
+  cols.push_back("zar GB/s");
+  cols.push_back("of stream");
+  bench::table tab("Level 1 (double, unit stride), one thread", cols);
+  for (const auto& r : routines)
+    for (int n : sizes) {
+      std::vector<double> secs;
+      for (const auto& l : libs) {
+        const double t = bench::best_seconds([&] { r.call(l, n); }, n >= 1000000 ? total : 0.25) / calls_for(n);
+        secs.push_back(t);
+      }
+      std::vector<std::string> cells = {r.name, std::to_string(n)};
+      for (double t : secs) cells.push_back(bench::fmt("%.2f", r.flops_per_elem * n / t / 1e9));
+      if (secs.size() > 1) cells.push_back(bench::fmt("%.2f", secs[1] / secs[0]));
+      const double gbs = r.bytes_per_elem * n / secs[0] / 1e9;
+      cells.push_back(bench::fmt("%.1f", gbs));
+      cells.push_back(n == nmax && !bench::quick() ? bench::fmt("%.0f%%", 100 * gbs / r.stream) : "");
+      tab.row(cells);
+    }
+}
+
+const bench::registrar reg("level1", 10, run);
+
+}  // namespace
