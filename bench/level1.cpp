@@ -78,6 +78,10 @@ using scal_fn = void (*)(const int*, const double*, double*, const int*);
 
 // Calls per timed repetition, so that one repetition lasts about 50 us.
 int calls_for(int n) { return std::max(1, 400000 / n); }
+template <class F>
+void repeat(int n, F call) {
+  for (int c = 0, k = calls_for(n); c < k; ++c) call(c);
+}
 
 void run() {
   const auto& libs = bench::libraries();
@@ -118,34 +122,28 @@ void run() {
        [&](const bench::library& l, int n) {
          const auto f = l.sym<axpy_fn>("daxpy_");
          const double a[2] = {1e-3, -1e-3};
-         for (int c = 0, k = calls_for(n); c < k; ++c) f(&n, &a[c & 1], x.p, &one, y.p, &one);
+         repeat(n, [&](int c) { f(&n, &a[c & 1], x.p, &one, y.p, &one); });
        }},
       {"ddot", 2, 16, bw_read2,
        [&](const bench::library& l, int n) {
          const auto f = l.sym<dot_fn>("ddot_");
-         double s = 0;
-         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one, y.p, &one);
-         sink = s;
+         repeat(n, [&](int) { sink = f(&n, x.p, &one, y.p, &one); });
        }},
       {"dnrm2", 2, 8, bw_read1,
        [&](const bench::library& l, int n) {
          const auto f = l.sym<nrm2_fn>("dnrm2_");
-         double s = 0;
-         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one);
-         sink = s;
+         repeat(n, [&](int) { sink = f(&n, x.p, &one); });
        }},
       {"idamax", 1, 8, bw_read1,
        [&](const bench::library& l, int n) {
          const auto f = l.sym<iamax_fn>("idamax_");
-         int s = 0;
-         for (int c = 0, k = calls_for(n); c < k; ++c) s += f(&n, x.p, &one);
-         sink = s;
+         repeat(n, [&](int) { sink = f(&n, x.p, &one); });
        }},
       {"dscal", 1, 16, bw_scale,
        [&](const bench::library& l, int n) {
          const auto f = l.sym<scal_fn>("dscal_");
          const double a[2] = {2.0, 0.5};
-         for (int c = 0, k = calls_for(n); c < k; ++c) f(&n, &a[c & 1], y.p, &one);
+         repeat(n, [&](int c) { f(&n, &a[c & 1], y.p, &one); });
        }},
   };
 

@@ -18,26 +18,23 @@
 namespace zar::l1 {
 namespace {
 
-struct amax {
+// The order of a search: Max picks larger magnitudes, otherwise smaller.
+template <bool Max>
+struct extreme {
   template <class W, class V>
   static V pick(V m, V best) {
-    return W::max(m, best);
+    if constexpr (Max)
+      return W::max(m, best);
+    else
+      return W::min(m, best);
   }
   template <class R>
   static bool better(R a, R b) {
-    return a > b;
+    return Max ? a > b : a < b;
   }
 };
-struct amin {
-  template <class W, class V>
-  static V pick(V m, V best) {
-    return W::min(m, best);
-  }
-  template <class R>
-  static bool better(R a, R b) {
-    return a < b;
-  }
-};
+using amax = extreme<true>;
+using amin = extreme<false>;
 
 template <class R>
 inline R magnitude(R a) {
