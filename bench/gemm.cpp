@@ -2,8 +2,9 @@
 // sizes and a few skinny shapes; zar on one and two threads, OpenBLAS (serial)
 // and the reference BLAS for i386 through their Fortran entries. The last
 // column is zar's one-thread figure as a fraction of the machine limit: four
-// chains of 256-bit adds (eight vector registers in 32-bit mode) with a
-// 3-cycle latency at about 3.2 GHz.
+// chains of 256-bit adds (eight vector registers in 32-bit mode), each add
+// waiting for the previous one. The add latency is measured at start-up
+// (about 3 cycles at 3.2 GHz or more, depending on the clock).
 #include <algorithm>
 #include <random>
 #include <string>
@@ -17,16 +18,40 @@ namespace {
 using gemm_fn = void (*)(const char*, const char*, const int*, const int*, const int*, const void*, const void*,
                          const int*, const void*, const int*, const void*, void*, const int*);
 
-constexpr double clock_ghz = 3.2;
+// Seconds per dependent 256-bit add: a chain of adds, best of a few runs.
+double add_latency() {
+  static const double t = [] {
+    const int turns = 1 << 22;
+    return bench::best_seconds(
+               [] {
+                 int n = turns;
+                 asm volatile(
+                     "vxorpd %%ymm0, %%ymm0, %%ymm0\n\t"
+                     "1:\n\t"
+                     "vaddpd %%ymm0, %%ymm0, %%ymm0\n\tvaddpd %%ymm0, %%ymm0, %%ymm0\n\t"
+                     "vaddpd %%ymm0, %%ymm0, %%ymm0\n\tvaddpd %%ymm0, %%ymm0, %%ymm0\n\t"
+                     "vaddpd %%ymm0, %%ymm0, %%ymm0\n\tvaddpd %%ymm0, %%ymm0, %%ymm0\n\t"
+                     "vaddpd %%ymm0, %%ymm0, %%ymm0\n\tvaddpd %%ymm0, %%ymm0, %%ymm0\n\t"
+                     "dec %0\n\tjnz 1b\n\t"
+                     "vzeroupper"
+                     : "+r"(n)
+                     :
+                     : "xmm0", "cc");
+               },
+               0.05, 3) /
+           (8.0 * turns);
+  }();
+  return t;
+}
 
 struct type_info {
   const char* letter;
   int elem_bytes;   // of one element
   int real_bytes;   // of its real type
   double flops_per_mac;
-  double limit() const {  // GFLOP/s: 4 chains x lanes per 256-bit add x 2 flops / 3 cycles
+  double limit() const {  // GFLOP/s: 4 chains x lanes per 256-bit add x 2 flops per add latency
     const double lanes = 32.0 / real_bytes;
-    return 4 * lanes * 2 / 3 * clock_ghz;
+    return 4 * lanes * 2 / add_latency() / 1e9;
   }
 };
 

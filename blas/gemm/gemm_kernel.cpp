@@ -13,41 +13,11 @@
 // For complex types acc[2j] holds (a.re b.re, a.im b.re) and acc[2j+1]
 // (a.re b.im, a.im b.im) for column j; the column is then
 // addsub(acc[2j], swap_pairs(acc[2j+1])) = (rr - ii, ir + ri).
-#include <immintrin.h>
-
-#include "blas/gemm/gemm_impl.h"
+#include "blas/gemm/gemm_simd.h"
 #include "zar/export.h"
 
 namespace zar::gemm {
 namespace {
-
-template <class R> struct simd;
-template <> struct simd<double> {
-  using V = __m256d;
-  static constexpr int L = 4;
-  static V zero() { return _mm256_setzero_pd(); }
-  static V load(const double* p) { return _mm256_load_pd(p); }
-  static V loadu(const double* p) { return _mm256_loadu_pd(p); }
-  static void storeu(double* p, V v) { _mm256_storeu_pd(p, v); }
-  static V bcast(const double* p) { return _mm256_broadcast_sd(p); }
-  static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
-  static V add(V a, V b) { return _mm256_add_pd(a, b); }
-  static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
-  static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
-};
-template <> struct simd<float> {
-  using V = __m256;
-  static constexpr int L = 8;
-  static V zero() { return _mm256_setzero_ps(); }
-  static V load(const float* p) { return _mm256_load_ps(p); }
-  static V loadu(const float* p) { return _mm256_loadu_ps(p); }
-  static void storeu(float* p, V v) { _mm256_storeu_ps(p, v); }
-  static V bcast(const float* p) { return _mm256_broadcast_ss(p); }
-  static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
-  static V add(V a, V b) { return _mm256_add_ps(a, b); }
-  static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
-  static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
-};
 
 template <class T> using real_of = real_t<T>;
 template <class T> using vec_of = simd<real_of<T>>;

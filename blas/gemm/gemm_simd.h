@@ -1,0 +1,131 @@
+// Vector helpers and the packers of the GEMM engine (kernel library only:
+// AVX code).
+#pragma once
+#include <immintrin.h>
+
+#include "blas/gemm/gemm_impl.h"
+
+namespace zar::gemm {
+
+template <class R> struct simd;
+template <> struct simd<double> {
+  using V = __m256d;
+  static constexpr int L = 4;
+  static V zero() { return _mm256_setzero_pd(); }
+  static V load(const double* p) { return _mm256_load_pd(p); }
+  static V loadu(const double* p) { return _mm256_loadu_pd(p); }
+  static void storeu(double* p, V v) { _mm256_storeu_pd(p, v); }
+  static V bcast(const double* p) { return _mm256_broadcast_sd(p); }
+  static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
+  static V add(V a, V b) { return _mm256_add_pd(a, b); }
+  static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
+  static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
+  static V set1(double x) { return _mm256_set1_pd(x); }
+  static V flip_odd(V v) { return _mm256_xor_pd(v, _mm256_setr_pd(0.0, -0.0, 0.0, -0.0)); }
+};
+template <> struct simd<float> {
+  using V = __m256;
+  static constexpr int L = 8;
+  static V zero() { return _mm256_setzero_ps(); }
+  static V load(const float* p) { return _mm256_load_ps(p); }
+  static V loadu(const float* p) { return _mm256_loadu_ps(p); }
+  static void storeu(float* p, V v) { _mm256_storeu_ps(p, v); }
+  static V bcast(const float* p) { return _mm256_broadcast_ss(p); }
+  static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
+  static V add(V a, V b) { return _mm256_add_ps(a, b); }
+  static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
+  static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
+  static V set1(float x) { return _mm256_set1_ps(x); }
+  static V flip_odd(V v) {
+    return _mm256_xor_ps(v, _mm256_setr_ps(0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f));
+  }
+};
+
+// ---- packing
+// A block is cut into panels of W lines (W = mr rows of op(A), or nr columns
+// of op(B)); panel q starts at dst + q * stride. Inside a panel the depth runs
+// outermost: for p = 0 .. kp-1 the W values of the panel's lines at depth p
+// are consecutive. The depth is padded with zeros up to kp (a multiple of
+// kr) and the lines missing from a last, partial panel are zeros too.
+
+// line_contig: the W lines of a panel are adjacent in memory (element (x, p)
+// at src[x + p ld]); otherwise each line is contiguous along the depth
+// (element (x, p) at src[p + x ld]).
+// One 32-byte stretch of a source column (the W values of a panel at one
+// depth when W elements fill 32 bytes), conjugated and scaled as the scalar
+// path does: conj flips the sign of the imaginary parts; alpha x is
+// (ar xr - ai xi, ar xi + ai xr), each product rounded, then one add.
+template <class T, bool Conj, bool Scale> struct row32 {
+  using R = real_t<T>;
+  using S = simd<R>;
+  typename S::V ar, ai;
+  explicit row32(T alpha) {
+    if constexpr (is_complex_v<T>) ar = S::set1(alpha.re), ai = S::set1(alpha.im);
+    else ar = S::set1(alpha);
+  }
+  void operator()(const T* src, T* dst) const {
+    auto x = S::loadu(reinterpret_cast<const R*>(src));
+    if constexpr (Conj && is_complex_v<T>) x = S::flip_odd(x);
+    if constexpr (Scale) {
+      if constexpr (is_complex_v<T>) x = S::addsub(S::mul(x, ar), S::mul(S::swap_pairs(x), ai));
+      else x = S::mul(x, ar);
+    }
+    S::storeu(reinterpret_cast<R*>(dst), x);
+  }
+};
+
+template <class T, int W, bool LineContig, bool Conj, bool Scale>
+void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha) {
+  const int kp = round_up(depth, cfg<T>::kr);
+  auto value = [&](int x, int p) {
+    T v = LineContig ? src[x + static_cast<long>(p) * ld] : src[p + static_cast<long>(x) * ld];
+    if constexpr (Conj) v = conj(v);
+    if constexpr (Scale) v = mul(alpha, v);
+    return v;
+  };
+  const int full = len / W * W;  // lines in whole panels
+  if constexpr (LineContig && W * sizeof(T) == 32) {
+    // Whole panels in groups, so that each stretch of a source column is
+    // read once and whole.
+    constexpr int G = 4;
+    const row32<T, Conj, Scale> row(alpha);
+    for (int x0 = 0; x0 < full; x0 += G * W) {
+      const int g = imin(G, (full - x0) / W);
+      T* d = dst + static_cast<long>(x0 / W) * stride;
+      const T* s = src + x0;
+      for (int p = 0; p < depth; ++p, s += ld)
+        for (int q = 0; q < g; ++q) row(s + q * W, d + static_cast<long>(q) * stride + p * W);
+    }
+  } else {
+    for (int x0 = 0; x0 < full; x0 += W) {
+      T* d = dst + static_cast<long>(x0 / W) * stride;
+      for (int p = 0; p < depth; ++p)
+        for (int x = 0; x < W; ++x) d[p * W + x] = value(x0 + x, p);
+    }
+  }
+  if (full < len) {  // the last, partial panel
+    T* d = dst + static_cast<long>(full / W) * stride;
+    for (int p = 0; p < depth; ++p)
+      for (int x = 0; x < W; ++x) d[p * W + x] = full + x < len ? value(full + x, p) : zero<T>();
+  }
+  for (int x0 = 0; x0 < len; x0 += W) {  // the padded depth
+    T* d = dst + static_cast<long>(x0 / W) * stride;
+    for (int p = depth; p < kp; ++p)
+      for (int x = 0; x < W; ++x) d[p * W + x] = zero<T>();
+  }
+}
+
+template <class T, int W, bool LineContig, bool Conj>
+void pack_entry(int len, int depth, const T* src, int ld, T* dst, int stride, const T* alpha) {
+  if (alpha) pack<T, W, LineContig, Conj, true>(len, depth, src, ld, dst, stride, *alpha);
+  else pack<T, W, LineContig, Conj, false>(len, depth, src, ld, dst, stride, T{});
+}
+
+// op(B) for depth rows, cols columns, packed unscaled (the work-area copy of
+// the block kernel).
+template <class T, tr M> void pack_b(int rows, int cols, const T* src, int ld, T* dst, int stride) {
+  if constexpr (M == tr::n) pack<T, cfg<T>::nr, false, false, false>(cols, rows, src, ld, dst, stride, T{});
+  else pack<T, cfg<T>::nr, true, M == tr::c, false>(cols, rows, src, ld, dst, stride, T{});
+}
+
+}  // namespace zar::gemm
