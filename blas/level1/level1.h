@@ -70,21 +70,22 @@
 // ---- lists: X(signature, kernel name, routine, element type, variant). The variant is a tag
 // the kernel sources turn into a template argument (for example the fast
 // path or its `_cnr` twin); the declarations ignore it.
-#define ZAR_L1_LIST_AXPY(X)                                                       \
-  X(AXPY, xsaxpy, saxpy, float, plain)                                            \
-  X(AXPY, xdaxpy, daxpy, double, plain)                                           \
-  X(AXPY, xcaxpy, caxpy, zar::c32, plain) X(AXPY, xzaxpy, zaxpy, zar::c64, plain) \
-      X(AXPY, caxpy_a, caxpy_a, zar::c32, plain) X(AXPY, zaxpy_a, zaxpy_a, zar::c64, plain)
+#define ZAR_L1_LIST_AXPY(X)                                                          \
+  X(AXPY, xsaxpy, saxpy, float, plain)                                               \
+  X(AXPY, xdaxpy, daxpy, double, plain)                                              \
+  X(AXPY, xcaxpy, caxpy, zar::c32, plain)                                            \
+  X(AXPY, xzaxpy, zaxpy, zar::c64, plain) X(AXPY, caxpy_a, caxpy_a, zar::c32, plain) \
+      X(AXPY, zaxpy_a, zaxpy_a, zar::c64, plain)
 #define ZAR_L1_LIST_AXPBY(X)               \
   X(AXPBY, xsaxpby, saxpby, float, plain)  \
   X(AXPBY, xdaxpby, daxpby, double, plain) \
   X(AXPBY, xcaxpby, caxpby, zar::c32, plain) X(AXPBY, xzaxpby, zaxpby, zar::c64, plain)
-#define ZAR_L1_LIST_DOT(X)                                                         \
-  X(DOT, xsdot, sdot, float, fast)                                                 \
-  X(DOT, xddot, ddot, double, fast)                                                \
-  X(DOT, xsdot_cnr, sdot_cnr, float, cnr) X(DOT, xddot_cnr, ddot_cnr, double, cnr) \
-      X(DOT, xcdotc, cdotc, zar::c32, conj) X(DOT, xzdotc, zdotc, zar::c64, conj)  \
-          X(DOT, xcdotu, cdotu, zar::c32, plain) X(DOT, xzdotu, zdotu, zar::c64, plain)
+#define ZAR_L1_LIST_DOT(X)                                                                                             \
+  X(DOT, xsdot, sdot, float, fast)                                                                                     \
+  X(DOT, xddot, ddot, double, fast)                                                                                    \
+  X(DOT, xsdot_cnr, sdot_cnr, float, cnr)                                                                              \
+  X(DOT, xddot_cnr, ddot_cnr, double, cnr) X(DOT, xcdotc, cdotc, zar::c32, conj) X(DOT, xzdotc, zdotc, zar::c64, conj) \
+      X(DOT, xcdotu, cdotu, zar::c32, plain) X(DOT, xzdotu, zdotu, zar::c64, plain)
 #define ZAR_L1_LIST_DSDOT(X) X(DSDOT, xdsdot, dsdot, float, fast) X(DSDOT, xdsdot_cnr, dsdot_cnr, float, cnr)
 #define ZAR_L1_LIST_SDSDOT(X) X(SDSDOT, xsdsdot, sdsdot, float, fast) X(SDSDOT, xsdsdot_cnr, sdsdot_cnr, float, cnr)
 #define ZAR_L1_LIST_NRM2(X)                \
@@ -92,24 +93,27 @@
   X(NORM, xscnrm2, scnrm2, zar::c32, fast) \
   X(NORM, xsnrm2_cnr, snrm2_cnr, float, cnr) X(NORM, xscnrm2_cnr, scnrm2_cnr, zar::c32, cnr)
 #define ZAR_L1_LIST_NRM2_X87(X) X(NORM, xdnrm2, dnrm2, double, plain) X(NORM, xdznrm2, dznrm2, zar::c64, plain)
-#define ZAR_L1_LIST_ASUM(X)                                                                  \
-  X(NORM, xsasum, sasum, float, fast)                                                        \
-  X(NORM, xdasum, dasum, double, fast)                                                       \
-  X(NORM, xscasum, scasum, zar::c32, fast) X(NORM, xdzasum, dzasum, zar::c64, fast)          \
-      X(NORM, xsasum_cnr, sasum_cnr, float, cnr) X(NORM, xdasum_cnr, dasum_cnr, double, cnr) \
-          X(NORM, xscasum_cnr, scasum_cnr, zar::c32, cnr) X(NORM, xdzasum_cnr, dzasum_cnr, zar::c64, cnr)
-#define ZAR_L1_LIST_IAMAX(X)                                                          \
-  X(IAMAX, xisamax, isamax, float, amax)                                              \
-  X(IAMAX, xidamax, idamax, double, amax)                                             \
-  X(IAMAX, xicamax, icamax, zar::c32, amax) X(IAMAX, xizamax, izamax, zar::c64, amax) \
-      X(IAMAX, xisamin, isamin, float, amin) X(IAMAX, xidamin, idamin, double, amin)  \
-          X(IAMAX, xicamin, icamin, zar::c32, amin) X(IAMAX, xizamin, izamin, zar::c64, amin)
-#define ZAR_L1_LIST_IAMAX_NONAN(X)                                                                            \
-  X(IAMAX, xisamax_nonan, isamax_nonan, float, amax)                                                          \
-  X(IAMAX, xidamax_nonan, idamax_nonan, double, amax)                                                         \
-  X(IAMAX, xicamax_nonan, icamax_nonan, zar::c32, amax) X(IAMAX, xizamax_nonan, izamax_nonan, zar::c64, amax) \
-      X(IAMAX, xisamin_nonan, isamin_nonan, float, amin) X(IAMAX, xidamin_nonan, idamin_nonan, double, amin)  \
-          X(IAMAX, xicamin_nonan, icamin_nonan, zar::c32, amin) X(IAMAX, xizamin_nonan, izamin_nonan, zar::c64, amin)
+#define ZAR_L1_LIST_ASUM(X)                                                                       \
+  X(NORM, xsasum, sasum, float, fast)                                                             \
+  X(NORM, xdasum, dasum, double, fast)                                                            \
+  X(NORM, xscasum, scasum, zar::c32, fast)                                                        \
+  X(NORM, xdzasum, dzasum, zar::c64, fast) X(NORM, xsasum_cnr, sasum_cnr, float, cnr)             \
+      X(NORM, xdasum_cnr, dasum_cnr, double, cnr) X(NORM, xscasum_cnr, scasum_cnr, zar::c32, cnr) \
+          X(NORM, xdzasum_cnr, dzasum_cnr, zar::c64, cnr)
+#define ZAR_L1_LIST_IAMAX(X)                                                            \
+  X(IAMAX, xisamax, isamax, float, amax)                                                \
+  X(IAMAX, xidamax, idamax, double, amax)                                               \
+  X(IAMAX, xicamax, icamax, zar::c32, amax)                                             \
+  X(IAMAX, xizamax, izamax, zar::c64, amax) X(IAMAX, xisamin, isamin, float, amin)      \
+      X(IAMAX, xidamin, idamin, double, amin) X(IAMAX, xicamin, icamin, zar::c32, amin) \
+          X(IAMAX, xizamin, izamin, zar::c64, amin)
+#define ZAR_L1_LIST_IAMAX_NONAN(X)                                                                              \
+  X(IAMAX, xisamax_nonan, isamax_nonan, float, amax)                                                            \
+  X(IAMAX, xidamax_nonan, idamax_nonan, double, amax)                                                           \
+  X(IAMAX, xicamax_nonan, icamax_nonan, zar::c32, amax)                                                         \
+  X(IAMAX, xizamax_nonan, izamax_nonan, zar::c64, amax) X(IAMAX, xisamin_nonan, isamin_nonan, float, amin)      \
+      X(IAMAX, xidamin_nonan, idamin_nonan, double, amin) X(IAMAX, xicamin_nonan, icamin_nonan, zar::c32, amin) \
+          X(IAMAX, xizamin_nonan, izamin_nonan, zar::c64, amin)
 #define ZAR_L1_LIST_ROT(X)          \
   X(ROT, xsrot, srot, float, plain) \
   X(ROT, xdrot, drot, double, plain) X(ROT, xcsrot, csrot, zar::c32, plain) X(ROT, xzdrot, zdrot, zar::c64, plain)
@@ -132,11 +136,12 @@
   X(AXPYI, saxpyi, saxpyi, float, plain)  \
   X(AXPYI, daxpyi, daxpyi, double, plain) \
   X(AXPYI, caxpyi, caxpyi, zar::c32, plain) X(AXPYI, zaxpyi, zaxpyi, zar::c64, plain)
-#define ZAR_L1_LIST_DOTI(X)                                                       \
-  X(DOTI, sdoti, sdoti, float, plain)                                             \
-  X(DOTI, ddoti, ddoti, double, plain)                                            \
-  X(DOTI, cdotci, cdotci, zar::c32, conj) X(DOTI, zdotci, zdotci, zar::c64, conj) \
-      X(DOTI, cdotui, cdotui, zar::c32, plain) X(DOTI, zdotui, zdotui, zar::c64, plain)
+#define ZAR_L1_LIST_DOTI(X)                                                        \
+  X(DOTI, sdoti, sdoti, float, plain)                                              \
+  X(DOTI, ddoti, ddoti, double, plain)                                             \
+  X(DOTI, cdotci, cdotci, zar::c32, conj)                                          \
+  X(DOTI, zdotci, zdotci, zar::c64, conj) X(DOTI, cdotui, cdotui, zar::c32, plain) \
+      X(DOTI, zdotui, zdotui, zar::c64, plain)
 #define ZAR_L1_LIST_GTHR(X)           \
   X(GTHR, sgthr, sgthr, float, plain) \
   X(GTHR, dgthr, dgthr, double, plain) X(GTHR, cgthr, cgthr, zar::c32, plain) X(GTHR, zgthr, zgthr, zar::c64, plain)

@@ -30,6 +30,7 @@ struct vec<double> {
   static V sub(V a, V b) { return _mm256_sub_pd(a, b); }
   static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
   static V abs(V a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
+  static V neg(V a) { return _mm256_xor_pd(_mm256_set1_pd(-0.0), a); }
   // max/min(a, b) give b when either is NaN
   static V max(V a, V b) { return _mm256_max_pd(a, b); }
   static V min(V a, V b) { return _mm256_min_pd(a, b); }
@@ -47,6 +48,14 @@ struct vec<double> {
     const __m128d w = _mm_add_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
     return _mm_cvtsd_f64(_mm_add_sd(w, _mm_unpackhi_pd(w, w)));
   }
+  // Lanes as (re, im) pairs c0, c1: c0 + c1.
+  static cx<double> hsum_pairs(V v) {
+    const __m128d w = _mm_add_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
+    return {_mm_cvtsd_f64(w), _mm_cvtsd_f64(_mm_unpackhi_pd(w, w))};
+  }
+  // (re, re, ...) and (im, im, ...) of (re, im) pairs
+  static V dup_re(V a) { return _mm256_movedup_pd(a); }
+  static V dup_im(V a) { return _mm256_permute_pd(a, 0xF); }
 };
 
 template <>
@@ -61,6 +70,7 @@ struct vec<float> {
   static V sub(V a, V b) { return _mm256_sub_ps(a, b); }
   static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
   static V abs(V a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
+  static V neg(V a) { return _mm256_xor_ps(_mm256_set1_ps(-0.0f), a); }
   static V max(V a, V b) { return _mm256_max_ps(a, b); }
   static V min(V a, V b) { return _mm256_min_ps(a, b); }
   static int eq_mask(V a, V b) { return _mm256_movemask_ps(_mm256_cmp_ps(a, b, _CMP_EQ_OQ)); }
@@ -73,6 +83,14 @@ struct vec<float> {
     const __m128 u = _mm_add_ps(w, _mm_movehl_ps(w, w));
     return _mm_cvtss_f32(_mm_add_ss(u, _mm_shuffle_ps(u, u, 0x55)));
   }
+  // Lanes as (re, im) pairs c0..c3: (c0 + c2) + (c1 + c3).
+  static cx<float> hsum_pairs(V v) {
+    const __m128 w = _mm_add_ps(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1));
+    const __m128 u = _mm_add_ps(w, _mm_movehl_ps(w, w));
+    return {_mm_cvtss_f32(u), _mm_cvtss_f32(_mm_shuffle_ps(u, u, 0x55))};
+  }
+  static V dup_re(V a) { return _mm256_moveldup_ps(a); }
+  static V dup_im(V a) { return _mm256_movehdup_ps(a); }
 };
 
 // Elements of T per 32-byte vector.
@@ -183,22 +201,23 @@ inline void stream_unit(int n, const T* w, Op op) {
   for (; i < n; ++i) op.one(i);
 }
 
-// Unit-stride reduction of n elements into Acc. The first `peel` elements
-// (the fast path's steps to a 32-byte boundary; 0 for the `_cnr` twins) are
-// added one by one to s. The following full vectors of vec<Acc>::L elements
-// go into four vector partial sums, vector g into partial sum g mod 4; these
-// combine lane-wise as (a0 + a1) + (a2 + a3), then horizontally (vec::hsum),
-// and the total is s + that sum. The remaining elements are added one by one.
-// Op::one(i) gives element i's term as Acc, Op::vec(i) the terms of the L
-// elements from i as a vector.
+// Unit-stride reduction of n elements into Acc (real, or complex summed part
+// by part). The first `peel` elements (the fast path's steps to a 32-byte
+// boundary; 0 for the `_cnr` twins) are added one by one to s. The following
+// full vectors (L elements: 32 bytes of Acc) go into four vector partial
+// sums, vector g into partial sum g mod 4; these combine lane-wise as
+// (a0 + a1) + (a2 + a3), then horizontally (vec::hsum, or vec::hsum_pairs
+// for complex lanes), and the total is s + that sum. The remaining elements
+// are added one by one. Op::one(i) gives element i's term as Acc, Op::vec(i)
+// the terms of the L elements from i as a vector.
 template <class Acc, class Op>
 inline Acc reduce_unit(int n, int peel, Op op) {
-  using W = vec<Acc>;
-  constexpr int L = W::L;
+  using W = vec<real_t<Acc>>;
+  constexpr int L = per_vec<Acc>;
   if (peel > n) peel = n;
-  Acc s = 0;
+  Acc s = zero_of<Acc>();
   int i = 0;
-  for (; i < peel; ++i) s += op.one(i);
+  for (; i < peel; ++i) s = add(s, op.one(i));
   const int nv = (n - peel) / L;
   if (nv > 0) {
     typename W::V a0 = W::zero(), a1 = W::zero(), a2 = W::zero(), a3 = W::zero();
@@ -223,9 +242,13 @@ inline Acc reduce_unit(int n, int peel, Op op) {
     if (g < nv) a0 = W::add(a0, op.vec(i)), ++g, i += L;
     if (g < nv) a1 = W::add(a1, op.vec(i)), ++g, i += L;
     if (g < nv) a2 = W::add(a2, op.vec(i)), ++g, i += L;
-    s = s + W::hsum(W::add(W::add(a0, a1), W::add(a2, a3)));
+    const typename W::V v = W::add(W::add(a0, a1), W::add(a2, a3));
+    if constexpr (is_complex_v<Acc>)
+      s = add(s, W::hsum_pairs(v));
+    else
+      s = s + W::hsum(v);
   }
-  for (; i < n; ++i) s += op.one(i);
+  for (; i < n; ++i) s = add(s, op.one(i));
   return s;
 }
 

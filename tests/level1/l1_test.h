@@ -77,28 +77,30 @@ inline double add(double a, double b) { return a + b; }
 
 // The unit-stride reduction order: `peel` terms one by one into s; then full
 // vectors of L terms, vector g into partial sum g mod 4; lanes combined as
-// (a0 + a1) + (a2 + a3); horizontal sum (L = 4: (v0 + v2) + (v1 + v3);
-// L = 8: ((v0 + v4) + (v2 + v6)) + ((v1 + v5) + (v3 + v7))); s + that; the
-// remaining terms one by one.
+// (a0 + a1) + (a2 + a3); horizontal sum (L = 2: v0 + v1; L = 4:
+// (v0 + v2) + (v1 + v3); L = 8: ((v0 + v4) + (v2 + v6)) + ((v1 + v5) + (v3 + v7)));
+// s + that; the remaining terms one by one. Complex terms are summed part
+// by part with L complex lanes.
 template <class Acc, class Term>
 Acc unit_order(int n, int peel, int L, Term term) {
   if (peel > n) peel = n;
-  Acc s = 0;
+  Acc s{};
   int i = 0;
-  for (; i < peel; ++i) s += term(i);
+  for (; i < peel; ++i) s = add(s, term(i));
   const int nv = (n - peel) / L;
   if (nv > 0) {
-    std::vector<Acc> a(4 * L, Acc(0));
+    std::vector<Acc> a(4 * L, Acc{});
     for (int g = 0; g < nv; ++g)
-      for (int l = 0; l < L; ++l) a[(g % 4) * L + l] += term(peel + g * L + l);
+      for (int l = 0; l < L; ++l) a[(g % 4) * L + l] = add(a[(g % 4) * L + l], term(peel + g * L + l));
     std::vector<Acc> v(L);
-    for (int l = 0; l < L; ++l) v[l] = (a[l] + a[L + l]) + (a[2 * L + l] + a[3 * L + l]);
-    const Acc h =
-        L == 4 ? (v[0] + v[2]) + (v[1] + v[3]) : ((v[0] + v[4]) + (v[2] + v[6])) + ((v[1] + v[5]) + (v[3] + v[7]));
-    s = s + h;
+    for (int l = 0; l < L; ++l) v[l] = add(add(a[l], a[L + l]), add(a[2 * L + l], a[3 * L + l]));
+    const Acc h = L == 2   ? add(v[0], v[1])
+                  : L == 4 ? add(add(v[0], v[2]), add(v[1], v[3]))
+                           : add(add(add(v[0], v[4]), add(v[2], v[6])), add(add(v[1], v[5]), add(v[3], v[7])));
+    s = add(s, h);
     i = peel + nv * L;
   }
-  for (; i < n; ++i) s += term(i);
+  for (; i < n; ++i) s = add(s, term(i));
   return s;
 }
 
