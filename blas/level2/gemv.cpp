@@ -257,16 +257,18 @@ template <class C, class R> void mix_gemv(ZAR_L2_MIXGEMV_ARGS(C, R)) {
     if (is_zero(*alpha)) return;
     const vec<const C> xv = view(x, xlen, *incx);
     const vec<C> yv = view(y, ylen, *incy);
-    for (int j = 0; j < N; ++j) {
-      const R* aj = a + static_cast<ptrdiff_t>(j) * *lda;
-      if (tr == 'n') {
+    const ptrdiff_t ld = *lda;
+    if (tr == 'n') {
+      for (int j = 0; j < N; ++j) {
         const C t = mul(*alpha, xv[j]);
-        for (int i = 0; i < M; ++i) yv[i] = add(yv[i], rmul(aj[i], t));
-      } else {
-        C s = zero<C>();
-        for (int i = 0; i < M; ++i) s = add(s, rmul(aj[i], xv[i]));
-        yv[j] = add(yv[j], mul(*alpha, s));
+        for (int i = 0; i < M; ++i) yv[i] = add(yv[i], rmul(a[i + j * ld], t));
       }
+      return;
+    }
+    for (int j = 0; j < N; ++j) {
+      C s = zero<C>();
+      for (int i = 0; i < M; ++i) s = add(s, rmul(a[i + j * ld], xv[i]));
+      yv[j] = add(yv[j], mul(*alpha, s));
     }
     return;
   }

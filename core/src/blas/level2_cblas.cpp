@@ -9,6 +9,7 @@
 // then run on the mapped arguments, so cblas_xerbla receives the positions
 // the reference CBLAS reports (its row-major positions included).
 #include <cstdlib>
+#include <cstring>
 
 #include "core/src/blas/level2_front.h"
 
@@ -27,7 +28,7 @@ struct crep : rep {
 };
 
 // Runs f(row_major) with RowMajorStrg set as the reference CBLAS sets it.
-template <class F> void with_layout(const crep& r, CBLAS_LAYOUT layout, F f) {
+template <class F> void with_layout(const crep& r, int layout, F f) {
   RowMajorStrg = 0;
   if (layout == CblasColMajor) f(false);
   else if (layout == CblasRowMajor) {
@@ -37,18 +38,18 @@ template <class F> void with_layout(const crep& r, CBLAS_LAYOUT layout, F f) {
   RowMajorStrg = 0;
 }
 
-inline char trans_of(CBLAS_TRANSPOSE t, bool row) {
+inline char trans_of(int t, bool row) {
   if (t == CblasNoTrans) return row ? 'T' : 'N';
   if (t == CblasTrans) return row ? 'N' : 'T';
   if (t == CblasConjTrans) return row ? 'N' : 'C';
   return 0;
 }
-inline char uplo_of(CBLAS_UPLO u, bool row) {
+inline char uplo_of(int u, bool row) {
   if (u == CblasUpper) return row ? 'L' : 'U';
   if (u == CblasLower) return row ? 'U' : 'L';
   return 0;
 }
-inline char diag_of(CBLAS_DIAG d) { return d == CblasNonUnit ? 'N' : d == CblasUnit ? 'U' : 0; }
+inline char diag_of(int d) { return d == CblasNonUnit ? 'N' : d == CblasUnit ? 'U' : 0; }
 
 // ---- conjugation helpers (complex data only)
 template <class T> void conj_in_place(int n, T* x, int inc) {
@@ -86,7 +87,7 @@ void conj_product(const crep& r, int xlen, const T* x, int incx, const T* alpha,
 
 // ---- the interfaces as templates on the element type
 template <class T>
-void gemv(char t, CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, int M, int N, const T* alpha, const T* A, int lda, const T* X,
+void gemv(char t, int L, int TA, int M, int N, const T* alpha, const T* A, int lda, const T* X,
           int incX, const T* beta, T* Y, int incY) {
   const crep r{{t, "gemv", true}};
   with_layout(r, L, [&](bool row) {
@@ -106,7 +107,7 @@ void gemv(char t, CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, int M, int N, const T* alp
 }
 
 template <class T>
-void gbmv(char t, CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, int M, int N, int KL, int KU, const T* alpha, const T* A,
+void gbmv(char t, int L, int TA, int M, int N, int KL, int KU, const T* alpha, const T* A,
           int lda, const T* X, int incX, const T* beta, T* Y, int incY) {
   const crep r{{t, "gbmv", true}};
   with_layout(r, L, [&](bool row) {
@@ -129,7 +130,7 @@ void gbmv(char t, CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, int M, int N, int KL, int 
 // symv/hemv (band k < 0, packed lda < 0 select the storage)
 enum class store { full, band, packed };
 template <class T, store S>
-void symv(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, int K, const T* alpha, const T* A, int lda,
+void symv(char t, const char* op, int L, int U, int N, int K, const T* alpha, const T* A, int lda,
           const T* X, int incX, const T* beta, T* Y, int incY) {
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
@@ -158,7 +159,7 @@ void symv(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, int K, co
 // trmv, trsv, tbmv, tbsv, tpmv, tpsv
 enum class tri { trmv, trsv, tbmv, tbsv, tpmv, tpsv };
 template <class T, tri W>
-void triangular(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, int N, int K,
+void triangular(char t, const char* op, int L, int U, int TA, int D, int N, int K,
                 const T* A, int lda, T* X, int incX) {
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
@@ -187,7 +188,7 @@ void triangular(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRAN
 }
 
 template <class T>
-void ger(char t, const char* op, bool conj, CBLAS_LAYOUT L, int M, int N, const T* alpha, const T* X, int incX,
+void ger(char t, const char* op, bool conj, int L, int M, int N, const T* alpha, const T* X, int incX,
          const T* Y, int incY, T* A, int lda) {
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
@@ -213,7 +214,7 @@ void ger(char t, const char* op, bool conj, CBLAS_LAYOUT L, int M, int N, const 
 
 // syr/her (packed: spr/hpr)
 template <class T, bool Packed>
-void syr(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, scal_t<T> alpha, const T* X, int incX, T* A,
+void syr(char t, const char* op, int L, int U, int N, scal_t<T> alpha, const T* X, int incX, T* A,
          int lda) {
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
@@ -237,7 +238,7 @@ void syr(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, scal_t<T> 
 
 // syr2/her2 (packed: spr2/hpr2)
 template <class T, bool Packed>
-void syr2(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, const T* alpha, const T* X, int incX,
+void syr2(char t, const char* op, int L, int U, int N, const T* alpha, const T* X, int incX,
           const T* Y, int incY, T* A, int lda) {
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
@@ -270,95 +271,103 @@ void syr2(char t, const char* op, CBLAS_LAYOUT L, CBLAS_UPLO U, int N, const T* 
 
 using namespace zar::core::l2;
 using zar::c32;
+
+// The value of an option argument as an int: programs may pass values outside
+// the enumeration (the reference tests do), which an enum-typed load must not see.
+template <class E> inline int ev(const E& e) {
+  int v;
+  std::memcpy(&v, &e, sizeof v);
+  return v;
+}
 using zar::c64;
 
 // ---- exported names. S: the scalar as passed (value for real data, pointer
 // for complex), P(a): its address as the templates take it.
-#define ZAR_L2_C_ALL(t, T, S, P, V)                                                                               \
-  ZAR_API void cblas_##t##gemv(CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, const int M, const int N, S alpha, const V* A,   \
-                               const int lda, const V* X, const int incX, S beta, V* Y, const int incY) {         \
-    gemv<T>(#t[0], L, TA, M, N, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), (T*)Y, incY);             \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##gbmv(CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, const int M, const int N, const int KL,        \
-                               const int KU, S alpha, const V* A, const int lda, const V* X, const int incX,      \
-                               S beta, V* Y, const int incY) {                                                    \
-    gbmv<T>(#t[0], L, TA, M, N, KL, KU, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), (T*)Y, incY);     \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##trmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const V* A, const int lda, V* X, const int incX) {                                 \
-    triangular<T, tri::trmv>(#t[0], "trmv", L, U, TA, D, N, -1, (const T*)A, lda, (T*)X, incX);                   \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##trsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const V* A, const int lda, V* X, const int incX) {                                 \
-    triangular<T, tri::trsv>(#t[0], "trsv", L, U, TA, D, N, -1, (const T*)A, lda, (T*)X, incX);                   \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##tbmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const int K, const V* A, const int lda, V* X, const int incX) {                    \
-    triangular<T, tri::tbmv>(#t[0], "tbmv", L, U, TA, D, N, K, (const T*)A, lda, (T*)X, incX);                    \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##tbsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const int K, const V* A, const int lda, V* X, const int incX) {                    \
-    triangular<T, tri::tbsv>(#t[0], "tbsv", L, U, TA, D, N, K, (const T*)A, lda, (T*)X, incX);                    \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##tpmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const V* Ap, V* X, const int incX) {                                               \
-    triangular<T, tri::tpmv>(#t[0], "tpmv", L, U, TA, D, N, -1, (const T*)Ap, -1, (T*)X, incX);                   \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##tpsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,       \
-                               const V* Ap, V* X, const int incX) {                                               \
-    triangular<T, tri::tpsv>(#t[0], "tpsv", L, U, TA, D, N, -1, (const T*)Ap, -1, (T*)X, incX);                   \
+#define ZAR_L2_C_ALL(t, T, S, P, V)                                                                                   \
+  ZAR_API void cblas_##t##gemv(CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, const int M, const int N, S alpha, const V* A,     \
+                               const int lda, const V* X, const int incX, S beta, V* Y, const int incY) {             \
+    gemv<T>(#t[0], ev(L), ev(TA), M, N, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), (T*)Y, incY);   \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##gbmv(CBLAS_LAYOUT L, CBLAS_TRANSPOSE TA, const int M, const int N, const int KL,            \
+                               const int KU, S alpha, const V* A, const int lda, const V* X, const int incX,          \
+                               S beta, V* Y, const int incY) {                                                        \
+    gbmv<T>(#t[0], ev(L), ev(TA), M, N, KL, KU, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), (T*)Y, incY); \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##trmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const V* A, const int lda, V* X, const int incX) {                                     \
+    triangular<T, tri::trmv>(#t[0], "trmv", ev(L), ev(U), ev(TA), ev(D), N, -1, (const T*)A, lda, (T*)X, incX);       \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##trsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const V* A, const int lda, V* X, const int incX) {                                     \
+    triangular<T, tri::trsv>(#t[0], "trsv", ev(L), ev(U), ev(TA), ev(D), N, -1, (const T*)A, lda, (T*)X, incX);       \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##tbmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const int K, const V* A, const int lda, V* X, const int incX) {                        \
+    triangular<T, tri::tbmv>(#t[0], "tbmv", ev(L), ev(U), ev(TA), ev(D), N, K, (const T*)A, lda, (T*)X, incX);        \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##tbsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const int K, const V* A, const int lda, V* X, const int incX) {                        \
+    triangular<T, tri::tbsv>(#t[0], "tbsv", ev(L), ev(U), ev(TA), ev(D), N, K, (const T*)A, lda, (T*)X, incX);        \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##tpmv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const V* Ap, V* X, const int incX) {                                                   \
+    triangular<T, tri::tpmv>(#t[0], "tpmv", ev(L), ev(U), ev(TA), ev(D), N, -1, (const T*)Ap, -1, (T*)X, incX);       \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##tpsv(CBLAS_LAYOUT L, CBLAS_UPLO U, CBLAS_TRANSPOSE TA, CBLAS_DIAG D, const int N,           \
+                               const V* Ap, V* X, const int incX) {                                                   \
+    triangular<T, tri::tpsv>(#t[0], "tpsv", ev(L), ev(U), ev(TA), ev(D), N, -1, (const T*)Ap, -1, (T*)X, incX);       \
   }
 
 // symmetric/Hermitian members: sy = sy/he, pk = s/h; R1 the scalar of syr/her
-#define ZAR_L2_C_SYM(t, T, S, P, V, sy, pk, R1)                                                                   \
-  ZAR_API void cblas_##t##sy##mv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* A, const int lda,   \
-                                 const V* X, const int incX, S beta, V* Y, const int incY) {                      \
-    symv<T, store::full>(#t[0], #sy "mv", L, U, N, -1, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta),    \
-                         (T*)Y, incY);                                                                            \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##pk##bmv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const int K, S alpha, const V* A,    \
-                                  const int lda, const V* X, const int incX, S beta, V* Y, const int incY) {      \
-    symv<T, store::band>(#t[0], #pk "bmv", L, U, N, K, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta),    \
-                         (T*)Y, incY);                                                                            \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##pk##pmv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* Ap, const V* X,    \
-                                  const int incX, S beta, V* Y, const int incY) {                                 \
-    symv<T, store::packed>(#t[0], #pk "pmv", L, U, N, -1, P(T, alpha), (const T*)Ap, -1, (const T*)X, incX,          \
-                           P(T, beta), (T*)Y, incY);                                                                 \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##sy##r(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const R1 alpha, const V* X,            \
-                                const int incX, V* A, const int lda) {                                            \
-    syr<T, false>(#t[0], #sy "r", L, U, N, alpha, (const T*)X, incX, (T*)A, lda);                                 \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##pk##pr(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const R1 alpha, const V* X,           \
-                                 const int incX, V* Ap) {                                                         \
-    syr<T, true>(#t[0], #pk "pr", L, U, N, alpha, (const T*)X, incX, (T*)Ap, -1);                                 \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##sy##r2(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* X, const int incX,  \
-                                 const V* Y, const int incY, V* A, const int lda) {                               \
-    syr2<T, false>(#t[0], #sy "r2", L, U, N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)A, lda);         \
-  }                                                                                                               \
-  ZAR_API void cblas_##t##pk##pr2(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* X, const int incX, \
-                                  const V* Y, const int incY, V* Ap) {                                            \
-    syr2<T, true>(#t[0], #pk "pr2", L, U, N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)Ap, -1);         \
+#define ZAR_L2_C_SYM(t, T, S, P, V, sy, pk, R1)                                                                       \
+  ZAR_API void cblas_##t##sy##mv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* A, const int lda,       \
+                                 const V* X, const int incX, S beta, V* Y, const int incY) {                          \
+    symv<T, store::full>(#t[0], #sy "mv", ev(L), ev(U), N, -1, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), \
+                         (T*)Y, incY);                                                                                \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##pk##bmv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const int K, S alpha, const V* A,        \
+                                  const int lda, const V* X, const int incX, S beta, V* Y, const int incY) {          \
+    symv<T, store::band>(#t[0], #pk "bmv", ev(L), ev(U), N, K, P(T, alpha), (const T*)A, lda, (const T*)X, incX, P(T, beta), \
+                         (T*)Y, incY);                                                                                \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##pk##pmv(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* Ap, const V* X,        \
+                                  const int incX, S beta, V* Y, const int incY) {                                     \
+    symv<T, store::packed>(#t[0], #pk "pmv", ev(L), ev(U), N, -1, P(T, alpha), (const T*)Ap, -1, (const T*)X, incX,   \
+                           P(T, beta), (T*)Y, incY);                                                                  \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##sy##r(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const R1 alpha, const V* X,                \
+                                const int incX, V* A, const int lda) {                                                \
+    syr<T, false>(#t[0], #sy "r", ev(L), ev(U), N, alpha, (const T*)X, incX, (T*)A, lda);                             \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##pk##pr(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, const R1 alpha, const V* X,               \
+                                 const int incX, V* Ap) {                                                             \
+    syr<T, true>(#t[0], #pk "pr", ev(L), ev(U), N, alpha, (const T*)X, incX, (T*)Ap, -1);                             \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##sy##r2(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* X, const int incX,      \
+                                 const V* Y, const int incY, V* A, const int lda) {                                   \
+    syr2<T, false>(#t[0], #sy "r2", ev(L), ev(U), N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)A, lda);  \
+  }                                                                                                                   \
+  ZAR_API void cblas_##t##pk##pr2(CBLAS_LAYOUT L, CBLAS_UPLO U, const int N, S alpha, const V* X, const int incX,     \
+                                  const V* Y, const int incY, V* Ap) {                                                \
+    syr2<T, true>(#t[0], #pk "pr2", ev(L), ev(U), N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)Ap, -1);  \
   }
 
-#define ZAR_L2_C_GER(t, T, S, P, V, name, conj)                                                                   \
-  ZAR_API void cblas_##t##name(CBLAS_LAYOUT L, const int M, const int N, S alpha, const V* X, const int incX,      \
-                               const V* Y, const int incY, V* A, const int lda) {                                 \
-    ger<T>(#t[0], #name, conj, L, M, N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)A, lda);              \
+#define ZAR_L2_C_GER(t, T, S, P, V, name, conj)                                                                       \
+  ZAR_API void cblas_##t##name(CBLAS_LAYOUT L, const int M, const int N, S alpha, const V* X, const int incX,         \
+                               const V* Y, const int incY, V* A, const int lda) {                                     \
+    ger<T>(#t[0], #name, conj, ev(L), M, N, P(T, alpha), (const T*)X, incX, (const T*)Y, incY, (T*)A, lda);           \
   }
 
 #define ZAR_L2_ADDR(T, a) (&a)
 #define ZAR_L2_PTR(T, a) (static_cast<const T*>(a))
-#define ZAR_L2_C_REAL(t, T, R)                                                                                    \
-  ZAR_L2_C_ALL(t, T, const T, ZAR_L2_ADDR, T)                                                                     \
-  ZAR_L2_C_SYM(t, T, const T, ZAR_L2_ADDR, T, sy, s, T)                                                           \
+#define ZAR_L2_C_REAL(t, T, R)                                                                                        \
+  ZAR_L2_C_ALL(t, T, const T, ZAR_L2_ADDR, T)                                                                         \
+  ZAR_L2_C_SYM(t, T, const T, ZAR_L2_ADDR, T, sy, s, T)                                                               \
   ZAR_L2_C_GER(t, T, const T, ZAR_L2_ADDR, T, ger, false)
-#define ZAR_L2_C_CPLX(t, T, R)                                                                                    \
-  ZAR_L2_C_ALL(t, T, const void*, ZAR_L2_PTR, void)                                                               \
-  ZAR_L2_C_SYM(t, T, const void*, ZAR_L2_PTR, void, he, h, R)                                                     \
-  ZAR_L2_C_GER(t, T, const void*, ZAR_L2_PTR, void, geru, false)                                                  \
+#define ZAR_L2_C_CPLX(t, T, R)                                                                                        \
+  ZAR_L2_C_ALL(t, T, const void*, ZAR_L2_PTR, void)                                                                   \
+  ZAR_L2_C_SYM(t, T, const void*, ZAR_L2_PTR, void, he, h, R)                                                         \
+  ZAR_L2_C_GER(t, T, const void*, ZAR_L2_PTR, void, geru, false)                                                      \
   ZAR_L2_C_GER(t, T, const void*, ZAR_L2_PTR, void, gerc, true)
 ZAR_L2_REAL(ZAR_L2_C_REAL)
 ZAR_L2_CPLX(ZAR_L2_C_CPLX)
