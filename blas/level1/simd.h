@@ -6,6 +6,7 @@
 #pragma once
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <type_traits>
 
@@ -178,17 +179,17 @@ struct strided {
 };
 
 // Unit-stride streaming update of n elements. Op::one(i) updates element i,
-// Op::vec(i) the per_vec<T> elements from i. When the written vector w is
-// element-aligned and n covers the peel plus one block, single elements are
-// taken until w reaches a 32-byte boundary, then blocks of four vectors, then
-// single vectors, then single elements. Element-wise updates give the same
-// bits on every path.
+// Op::vec(i) the per_vec<T> elements from i. When n covers the peel plus one
+// block, single elements are taken until the written vector w reaches a
+// 32-byte boundary (none when it cannot, as for complex data 8 bytes off a
+// 16-byte boundary), then blocks of four vectors, then single vectors, then
+// single elements. Element-wise updates give the same bits on every path.
 template <class T, class Op>
 inline void stream_unit(int n, const T* w, Op op) {
   constexpr int E = per_vec<T>;
-  const int peel = peel_to_32(w);
+  const int peel = std::max(peel_to_32(w), 0);
   int i = 0;
-  if (peel >= 0 && n >= peel + 4 * E) {
+  if (n >= peel + 4 * E) {
     for (; i < peel; ++i) op.one(i);
     for (; i + 4 * E <= n; i += 4 * E) {
       op.vec(i);

@@ -18,13 +18,14 @@ namespace l1t {
 using zar::c32;
 using zar::c64;
 
-// n elements of T starting `offset` elements past a 32-byte boundary.
+// n elements of T starting `offset` elements (and `bytes` more) past a
+// 32-byte boundary.
 template <class T>
 class buffer {
  public:
-  buffer(int n, int offset) : raw_((n + offset) * sizeof(T) + 64) {
+  buffer(int n, int offset, int bytes = 0) : raw_((n + offset) * sizeof(T) + 64) {
     auto a = reinterpret_cast<std::uintptr_t>(raw_.data());
-    data_ = reinterpret_cast<T*>((a + 31) / 32 * 32) + offset;
+    data_ = reinterpret_cast<T*>((a + 31) / 32 * 32 + offset * sizeof(T) + bytes);
   }
   T* data() { return data_; }
   T& operator[](int i) { return data_[i]; }
