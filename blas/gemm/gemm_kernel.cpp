@@ -143,6 +143,10 @@ void packed_block(int m, int n, int k, const T* a, int a_stride, const T* b, int
       const int cols = imin(nr, n - j);
       for (int i = i0; i < i1; i += mr) {
         const R* ap = reinterpret_cast<const R*>(a + static_cast<long>(i / mr) * a_stride);
+        // The columns of C this block updates, one line ahead: the next
+        // blocks down the same columns come out of the cache.
+        for (int q = 0; q < cols; ++q)
+          _mm_prefetch(reinterpret_cast<const char*>(cj + i + static_cast<long>(q) * ldc) + 64, _MM_HINT_T0);
         const block<R> blk = micro<R>(kp, ap, bp);
         if (!Partial && cols == nr) store_full<T, B0>(blk, cj + i, ldc);
         else store_part<T, B0>(blk, cj + i, ldc, Partial ? m : mr, cols);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "core.h"
 #include "zar/services.h"
@@ -21,9 +22,25 @@ bool injected_failure() {
   return false;
 }
 
-// An aligned block keeps the address malloc returned just before the
-// aligned start, so any positive alignment (not only powers of two) works.
-constexpr std::size_t header = sizeof(void*);
+// An aligned block keeps the address malloc returned, and the size asked of
+// malloc, just before the aligned start, so any positive alignment (not only
+// powers of two) works.
+struct block_info {
+  void* raw;
+  std::size_t size;
+};
+constexpr std::size_t header = sizeof(block_info);
+
+// Large work areas (GEMM's packed panels) come from fresh mappings on 32-bit
+// glibc, whose mmap threshold stops at 512 KiB, and touching their new pages
+// costs as much as a mid-sized product. Each thread keeps its last freed
+// large block and hands it out again when a request fits it.
+constexpr std::size_t spare_min = 512 * 1024;
+struct spare_block {
+  block_info b{nullptr, 0};
+  ~spare_block() { std::free(b.raw); }
+};
+thread_local spare_block spare;
 
 }  // namespace
 }  // namespace zar::core
@@ -34,20 +51,27 @@ ZAR_API void* zar_serv_allocate(size_t bytes, int alignment) {
   if (injected_failure()) return nullptr;
   const std::size_t align = alignment > 0 ? static_cast<std::size_t>(alignment) : 64;
   if (bytes > SIZE_MAX - align - header) return nullptr;
-  void* raw = std::malloc(bytes + align + header);
-  if (!raw) return nullptr;
-  const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + header;
+  block_info b{nullptr, bytes + align + header};
+  if (spare.b.raw && spare.b.size >= b.size && spare.b.size / 2 <= b.size) {
+    b = spare.b;
+    spare.b = {nullptr, 0};
+  } else {
+    b.raw = std::malloc(b.size);
+  }
+  if (!b.raw) return nullptr;
+  const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(b.raw) + header;
   const std::uintptr_t aligned = (first + align - 1) / align * align;
   // Small or odd alignments leave the slot unaligned: copy bytes.
-  std::memcpy(reinterpret_cast<void*>(aligned - header), &raw, header);
+  std::memcpy(reinterpret_cast<void*>(aligned - header), &b, header);
   return reinterpret_cast<void*>(aligned);
 }
 
 ZAR_API void zar_serv_deallocate(void* p) {
   if (!p) return;
-  void* raw;
-  std::memcpy(&raw, static_cast<char*>(p) - header, header);
-  std::free(raw);
+  block_info b;
+  std::memcpy(&b, static_cast<char*>(p) - header, header);
+  if (b.size >= spare_min) std::swap(spare.b, b);
+  std::free(b.raw);
 }
 
 ZAR_API void* zar_serv_malloc(size_t bytes) {
