@@ -1,163 +1,90 @@
 /* Fortran BLAS Level-2 routines of zar (arguments by address, hidden
  * string lengths omitted); included by zar/blas.h. Complex arrays and
- * scalars are void* (interleaved real, imaginary pairs). */
+ * scalars are void* (interleaved real, imaginary pairs).
+ *
+ * Declared below for s, d (real) and c, z (complex):
+ *   ?gemv_ ?gbmv_ ?trmv_ ?trsv_ ?tbmv_ ?tbsv_ ?tpmv_ ?tpsv_
+ *   real:    ?symv_ ?sbmv_ ?spmv_ ?syr_ ?spr_ ?syr2_ ?spr2_ ?ger_ ?gem2vu_
+ *   complex: ?hemv_ ?hbmv_ ?hpmv_ ?her_ ?hpr_ ?her2_ ?hpr2_ ?geru_ ?gerc_
+ *            ?gem2vc_
+ *   mixed:   dzgemv_ scgemv_ (real matrix, complex vectors)
+ * ?gem2vu_/?gem2vc_ (not in the reference BLAS) form two products with one
+ * pass over A: y1 := alpha*A*x1 + beta*y1 and y2 := alpha*op(A)*x2 + beta*y2
+ * with op(A) = A^T (A^H for complex data).
+ */
 #ifndef ZAR_BLAS_LEVEL2_H
 #define ZAR_BLAS_LEVEL2_H
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-void sgemv_(const char* trans, const int* m, const int* n, const float* alpha, const float* a, const int* lda,
-            const float* x, const int* incx, const float* beta, float* y, const int* incy);
-void sgbmv_(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const float* alpha,
-            const float* a, const int* lda, const float* x, const int* incx, const float* beta, float* y, const int* incy);
-void strmv_(const char* uplo, const char* trans, const char* diag, const int* n, const float* a, const int* lda,
-            float* x, const int* incx);
-void strsv_(const char* uplo, const char* trans, const char* diag, const int* n, const float* a, const int* lda,
-            float* x, const int* incx);
-void stbmv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const float* a,
-            const int* lda, float* x, const int* incx);
-void stbsv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const float* a,
-            const int* lda, float* x, const int* incx);
-void stpmv_(const char* uplo, const char* trans, const char* diag, const int* n, const float* ap, float* x,
-            const int* incx);
-void stpsv_(const char* uplo, const char* trans, const char* diag, const int* n, const float* ap, float* x,
-            const int* incx);
-void ssymv_(const char* uplo, const int* n, const float* alpha, const float* a, const int* lda, const float* x,
-            const int* incx, const float* beta, float* y, const int* incy);
-void ssbmv_(const char* uplo, const int* n, const int* k, const float* alpha, const float* a, const int* lda,
-            const float* x, const int* incx, const float* beta, float* y, const int* incy);
-void sspmv_(const char* uplo, const int* n, const float* alpha, const float* ap, const float* x, const int* incx,
-            const float* beta, float* y, const int* incy);
-void ssyr_(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, float* a,
-           const int* lda);
-void sspr_(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, float* ap);
-void ssyr2_(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
-            const int* incy, float* a, const int* lda);
-void sspr2_(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
-             const int* incy, float* ap);
-void sger_(const int* m, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
-            const int* incy, float* a, const int* lda);
+/* t: the letter; T: the element (float, double or void); g2: gem2vu or gem2vc */
+#define ZAR_BLAS_L2_ALL(t, T, g2)                                                                                     \
+  void t##gemv_(const char* trans, const int* m, const int* n, const T* alpha, const T* a, const int* lda,          \
+                const T* x, const int* incx, const T* beta, T* y, const int* incy);                                 \
+  void t##gbmv_(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const T* alpha,        \
+                const T* a, const int* lda, const T* x, const int* incx, const T* beta, T* y, const int* incy);     \
+  void t##trmv_(const char* uplo, const char* trans, const char* diag, const int* n, const T* a, const int* lda,    \
+                T* x, const int* incx);                                                                             \
+  void t##trsv_(const char* uplo, const char* trans, const char* diag, const int* n, const T* a, const int* lda,    \
+                T* x, const int* incx);                                                                             \
+  void t##tbmv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const T* a,      \
+                const int* lda, T* x, const int* incx);                                                             \
+  void t##tbsv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const T* a,      \
+                const int* lda, T* x, const int* incx);                                                             \
+  void t##tpmv_(const char* uplo, const char* trans, const char* diag, const int* n, const T* ap, T* x,             \
+                const int* incx);                                                                                   \
+  void t##tpsv_(const char* uplo, const char* trans, const char* diag, const int* n, const T* ap, T* x,             \
+                const int* incx);                                                                                   \
+  void t##g2##_(const int* m, const int* n, const T* alpha, const T* a, const int* lda, const T* x1,               \
+                 const int* incx1, const T* x2, const int* incx2, const T* beta, T* y1, const int* incy1, T* y2,    \
+                 const int* incy2);
 
-void dgemv_(const char* trans, const int* m, const int* n, const double* alpha, const double* a, const int* lda,
-            const double* x, const int* incx, const double* beta, double* y, const int* incy);
-void dgbmv_(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const double* alpha,
-            const double* a, const int* lda, const double* x, const int* incx, const double* beta, double* y, const int* incy);
-void dtrmv_(const char* uplo, const char* trans, const char* diag, const int* n, const double* a, const int* lda,
-            double* x, const int* incx);
-void dtrsv_(const char* uplo, const char* trans, const char* diag, const int* n, const double* a, const int* lda,
-            double* x, const int* incx);
-void dtbmv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const double* a,
-            const int* lda, double* x, const int* incx);
-void dtbsv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const double* a,
-            const int* lda, double* x, const int* incx);
-void dtpmv_(const char* uplo, const char* trans, const char* diag, const int* n, const double* ap, double* x,
-            const int* incx);
-void dtpsv_(const char* uplo, const char* trans, const char* diag, const int* n, const double* ap, double* x,
-            const int* incx);
-void dsymv_(const char* uplo, const int* n, const double* alpha, const double* a, const int* lda, const double* x,
-            const int* incx, const double* beta, double* y, const int* incy);
-void dsbmv_(const char* uplo, const int* n, const int* k, const double* alpha, const double* a, const int* lda,
-            const double* x, const int* incx, const double* beta, double* y, const int* incy);
-void dspmv_(const char* uplo, const int* n, const double* alpha, const double* ap, const double* x, const int* incx,
-            const double* beta, double* y, const int* incy);
-void dsyr_(const char* uplo, const int* n, const double* alpha, const double* x, const int* incx, double* a,
-           const int* lda);
-void dspr_(const char* uplo, const int* n, const double* alpha, const double* x, const int* incx, double* ap);
-void dsyr2_(const char* uplo, const int* n, const double* alpha, const double* x, const int* incx, const double* y,
-            const int* incy, double* a, const int* lda);
-void dspr2_(const char* uplo, const int* n, const double* alpha, const double* x, const int* incx, const double* y,
-             const int* incy, double* ap);
-void dger_(const int* m, const int* n, const double* alpha, const double* x, const int* incx, const double* y,
-            const int* incy, double* a, const int* lda);
+/* symmetric (sy, s) or Hermitian (he, h) members; R: the scalar of syr/her */
+#define ZAR_BLAS_L2_SYM(t, T, R, sy, pk)                                                                            \
+  void t##sy##mv_(const char* uplo, const int* n, const T* alpha, const T* a, const int* lda, const T* x,           \
+                  const int* incx, const T* beta, T* y, const int* incy);                                           \
+  void t##pk##bmv_(const char* uplo, const int* n, const int* k, const T* alpha, const T* a, const int* lda,        \
+                   const T* x, const int* incx, const T* beta, T* y, const int* incy);                              \
+  void t##pk##pmv_(const char* uplo, const int* n, const T* alpha, const T* ap, const T* x, const int* incx,        \
+                   const T* beta, T* y, const int* incy);                                                           \
+  void t##sy##r_(const char* uplo, const int* n, const R* alpha, const T* x, const int* incx, T* a,                 \
+                 const int* lda);                                                                                   \
+  void t##pk##pr_(const char* uplo, const int* n, const R* alpha, const T* x, const int* incx, T* ap);              \
+  void t##sy##r2_(const char* uplo, const int* n, const T* alpha, const T* x, const int* incx, const T* y,          \
+                  const int* incy, T* a, const int* lda);                                                           \
+  void t##pk##pr2_(const char* uplo, const int* n, const T* alpha, const T* x, const int* incx, const T* y,         \
+                   const int* incy, T* ap);
 
-void cgemv_(const char* trans, const int* m, const int* n, const void* alpha, const void* a, const int* lda,
-            const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void cgbmv_(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const void* alpha,
-            const void* a, const int* lda, const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void ctrmv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* a, const int* lda,
-            void* x, const int* incx);
-void ctrsv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* a, const int* lda,
-            void* x, const int* incx);
-void ctbmv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const void* a,
-            const int* lda, void* x, const int* incx);
-void ctbsv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const void* a,
-            const int* lda, void* x, const int* incx);
-void ctpmv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* ap, void* x,
-            const int* incx);
-void ctpsv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* ap, void* x,
-            const int* incx);
-void chemv_(const char* uplo, const int* n, const void* alpha, const void* a, const int* lda, const void* x,
-            const int* incx, const void* beta, void* y, const int* incy);
-void chbmv_(const char* uplo, const int* n, const int* k, const void* alpha, const void* a, const int* lda,
-            const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void chpmv_(const char* uplo, const int* n, const void* alpha, const void* ap, const void* x, const int* incx,
-            const void* beta, void* y, const int* incy);
-void cher_(const char* uplo, const int* n, const float* alpha, const void* x, const int* incx, void* a,
-           const int* lda);
-void chpr_(const char* uplo, const int* n, const float* alpha, const void* x, const int* incx, void* ap);
-void cher2_(const char* uplo, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
-void chpr2_(const char* uplo, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-             const int* incy, void* ap);
-void cgeru_(const int* m, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
-void cgerc_(const int* m, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
+#define ZAR_BLAS_L2_GER(name, T)                                                                                    \
+  void name##_(const int* m, const int* n, const T* alpha, const T* x, const int* incx, const T* y,                 \
+               const int* incy, T* a, const int* lda);
 
-void zgemv_(const char* trans, const int* m, const int* n, const void* alpha, const void* a, const int* lda,
-            const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void zgbmv_(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const void* alpha,
-            const void* a, const int* lda, const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void ztrmv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* a, const int* lda,
-            void* x, const int* incx);
-void ztrsv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* a, const int* lda,
-            void* x, const int* incx);
-void ztbmv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const void* a,
-            const int* lda, void* x, const int* incx);
-void ztbsv_(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const void* a,
-            const int* lda, void* x, const int* incx);
-void ztpmv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* ap, void* x,
-            const int* incx);
-void ztpsv_(const char* uplo, const char* trans, const char* diag, const int* n, const void* ap, void* x,
-            const int* incx);
-void zhemv_(const char* uplo, const int* n, const void* alpha, const void* a, const int* lda, const void* x,
-            const int* incx, const void* beta, void* y, const int* incy);
-void zhbmv_(const char* uplo, const int* n, const int* k, const void* alpha, const void* a, const int* lda,
-            const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void zhpmv_(const char* uplo, const int* n, const void* alpha, const void* ap, const void* x, const int* incx,
-            const void* beta, void* y, const int* incy);
-void zher_(const char* uplo, const int* n, const double* alpha, const void* x, const int* incx, void* a,
-           const int* lda);
-void zhpr_(const char* uplo, const int* n, const double* alpha, const void* x, const int* incx, void* ap);
-void zher2_(const char* uplo, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
-void zhpr2_(const char* uplo, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-             const int* incy, void* ap);
-void zgeru_(const int* m, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
-void zgerc_(const int* m, const int* n, const void* alpha, const void* x, const int* incx, const void* y,
-            const int* incy, void* a, const int* lda);
+#define ZAR_BLAS_L2_MIXED(name, R)                                                                                  \
+  void name##_(const char* trans, const int* m, const int* n, const void* alpha, const R* a, const int* lda,        \
+               const void* x, const int* incx, const void* beta, void* y, const int* incy);
 
-/* Not in the reference BLAS: two products with one pass over A,
- * y1 := alpha*A*x1 + beta*y1 and y2 := alpha*A^T*x2 + beta*y2 (A^H for the
- * complex gem2vc), and a real matrix times complex vectors (dzgemv, scgemv). */
-void sgem2vu_(const int* m, const int* n, const float* alpha, const float* a, const int* lda, const float* x1,
-              const int* incx1, const float* x2, const int* incx2, const float* beta, float* y1, const int* incy1,
-              float* y2, const int* incy2);
-void dgem2vu_(const int* m, const int* n, const double* alpha, const double* a, const int* lda, const double* x1,
-              const int* incx1, const double* x2, const int* incx2, const double* beta, double* y1, const int* incy1,
-              double* y2, const int* incy2);
-void cgem2vc_(const int* m, const int* n, const void* alpha, const void* a, const int* lda, const void* x1,
-              const int* incx1, const void* x2, const int* incx2, const void* beta, void* y1, const int* incy1,
-              void* y2, const int* incy2);
-void zgem2vc_(const int* m, const int* n, const void* alpha, const void* a, const int* lda, const void* x1,
-              const int* incx1, const void* x2, const int* incx2, const void* beta, void* y1, const int* incy1,
-              void* y2, const int* incy2);
-void dzgemv_(const char* trans, const int* m, const int* n, const void* alpha, const double* a, const int* lda,
-             const void* x, const int* incx, const void* beta, void* y, const int* incy);
-void scgemv_(const char* trans, const int* m, const int* n, const void* alpha, const float* a, const int* lda,
-             const void* x, const int* incx, const void* beta, void* y, const int* incy);
+ZAR_BLAS_L2_ALL(s, float, gem2vu)
+ZAR_BLAS_L2_ALL(d, double, gem2vu)
+ZAR_BLAS_L2_ALL(c, void, gem2vc)
+ZAR_BLAS_L2_ALL(z, void, gem2vc)
+ZAR_BLAS_L2_SYM(s, float, float, sy, s)
+ZAR_BLAS_L2_SYM(d, double, double, sy, s)
+ZAR_BLAS_L2_SYM(c, void, float, he, h)
+ZAR_BLAS_L2_SYM(z, void, double, he, h)
+ZAR_BLAS_L2_GER(sger, float)
+ZAR_BLAS_L2_GER(dger, double)
+ZAR_BLAS_L2_GER(cgeru, void)
+ZAR_BLAS_L2_GER(cgerc, void)
+ZAR_BLAS_L2_GER(zgeru, void)
+ZAR_BLAS_L2_GER(zgerc, void)
+ZAR_BLAS_L2_MIXED(dzgemv, double)
+ZAR_BLAS_L2_MIXED(scgemv, float)
+
+#undef ZAR_BLAS_L2_ALL
+#undef ZAR_BLAS_L2_SYM
+#undef ZAR_BLAS_L2_GER
+#undef ZAR_BLAS_L2_MIXED
 
 #ifdef __cplusplus
 }
