@@ -5,11 +5,13 @@
 // for column j, t1 = alpha*x_j; the off-diagonal rows receive y_i += t1*a_ij
 // while s accumulates op(a_ij)*x_i; then y_j := (y_j + t1*a_jj) + alpha*s
 // (upper: after the column; lower: the diagonal first, alpha*s after). The
-// Hermitian forms read only the real part of the diagonal. The operation
-// order does not depend on alignment, so the reproducible twins agree with
-// the plain kernels bit for bit.
+// Hermitian forms read only the real part of the diagonal. Real data with
+// contiguous x and y sum s in vector lanes from the first
+// off-diagonal row, with unaligned loads. No order depends on alignment, so
+// the reproducible twins agree with the plain kernels bit for bit.
 #include "blas/level2/l2.h"
 #include "blas/level2/level2.h"
+#include "blas/level2/simd.h"
 #include "blas/level2/storage.h"
 
 namespace zar::l2 {
@@ -22,9 +24,46 @@ template <class T> void scale(int len, T beta, T* y, int incy) {
   for (int i = 0; i < len; ++i) v[i] = is_zero(beta) ? zero<T>() : mul(beta, v[i]);
 }
 
+// Real data, contiguous x and y, rows [b, e) of one column:
+// y_i := y_i + t*a_i, and the sum of a_i*x_i in vector lanes (lane k takes
+// rows b + k + L*q) reduced pairwise, then the tail rows one by one.
+template <class R> R axpy_dot(int b, int e, R t, const R* a, const R* x, R* y) {
+  using S = vx<R>;
+  constexpr int L = S::L;
+  const auto vt = S::set1(t);
+  auto c = S::zero();
+  int i = b;
+  for (; i + L <= e; i += L) {
+    const auto av = S::load(a + i);
+    S::store(y + i, S::add(S::load(y + i), S::mul(vt, av)));
+    c = S::add(c, S::mul(av, S::load(x + i)));
+  }
+  R acc = 0;
+  if (i > b) acc = acc + hsum<R>(c);
+  for (; i < e; ++i) {
+    y[i] = y[i] + t * a[i];
+    acc = acc + a[i] * x[i];
+  }
+  return acc;
+}
+
 // y += alpha*A*x with A symmetric (Her: Hermitian) in storage s
 template <class T, char U, bool Her, class St>
 void symv_cols(const St& s, int n, T alpha, vec<const T> xv, vec<T> yv) {
+  if constexpr (!is_complex_v<T>) {
+    if (xv.inc == 1 && yv.inc == 1) {
+      // the same column order with the off-diagonal rows in vectors
+      for (int j = 0; j < n; ++j) {
+        const T* aj = s.col(j);
+        const T t1 = alpha * xv.p[j];
+        if constexpr (U == 'l') yv.p[j] = yv.p[j] + t1 * aj[j];
+        const T acc = axpy_dot(off_begin<U>(s, j), off_end<U>(s, j), t1, aj, xv.p, yv.p);
+        if constexpr (U == 'u') yv.p[j] = (yv.p[j] + t1 * aj[j]) + alpha * acc;
+        else yv.p[j] = yv.p[j] + alpha * acc;
+      }
+      return;
+    }
+  }
   for (int j = 0; j < n; ++j) {
     const T* aj = s.col(j);
     const T t1 = mul(alpha, xv[j]);
