@@ -59,6 +59,8 @@ template <class T> lc widen(T v) {
   if constexpr (zar::is_complex_v<T>) return {v.re, v.im};
   else return {v, 0};
 }
+// the larger error, NaN counting as infinite (std::max would drop it)
+inline double worse(double w, long double e) { return std::isnan(e) ? INFINITY : std::max<double>(w, e); }
 // unit roundoff of the element's real type
 template <class T> double eps() { return std::numeric_limits<zar::real_t<T>>::epsilon(); }
 

@@ -234,7 +234,7 @@ template <class T> std::vector<lc> product(char tr, int m, int n, T alpha, const
 }
 template <class T> double worst(const std::vector<T>& got, const std::vector<lc>& want) {
   double w = 0;
-  for (size_t i = 0; i < want.size(); ++i) w = std::max<double>(w, mag(widen(got[i]) - want[i]) / (1 + mag(want[i])));
+  for (size_t i = 0; i < want.size(); ++i) w = worse(w, mag(widen(got[i]) - want[i]) / (1 + mag(want[i])));
   return w;
 }
 

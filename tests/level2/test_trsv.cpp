@@ -124,7 +124,7 @@ TYPED_TEST(Trsv, EveryCaseAgainstSubstitutionAndCountsGemvCalls) {
             double worst = 0;
             for (int i = 0; i < n; ++i) {
               const lc got = widen(x[start(n, inc) + i * inc]);
-              worst = std::max<double>(worst, mag(got - want[i]) / (1 + mag(want[i])));
+              worst = worse(worst, mag(got - want[i]) / (1 + mag(want[i])));
             }
             EXPECT_LT(worst, 8 * n * eps<T>());
           }
