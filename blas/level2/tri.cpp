@@ -232,6 +232,12 @@ template <class T, char U, char TR> void trm_piece(ZAR_L2_TRPIECE_ARGS(T)) {
 
 using namespace zar::l2;
 
+// Exported forms. xTtrmv, its twin and Ttrmv_in run the in-place product;
+// xTtrmv_in_thread forms rows [first, last) from a contiguous copy of x (the
+// core's threaded trmv). xTtrsv and its twin run the blocked solve (its gemv
+// updates choose their own path through the core). Ttbmv/Ttbsv take any
+// increment, the _f forms a contiguous x (incx read as 1), the _cnr forms
+// the same fixed order.
 #define ZAR_L2_TRI_DEF(t, T, R)                                                                                   \
   ZAR_EXPORT void ZAR_BLAS(x##t##trmv)(ZAR_L2_TRMV_ARGS(T)) { trmv<T>(uplo, trans, diag, n, a, lda, x, incx); }   \
   ZAR_EXPORT void ZAR_BLAS(x##t##trmv_cnr)(ZAR_L2_TRMV_ARGS(T)) { trmv<T>(uplo, trans, diag, n, a, lda, x, incx); } \
@@ -261,7 +267,9 @@ ZAR_L2_ALL(ZAR_L2_TRI_DEF)
 ZAR_L2_REAL(ZAR_L2_TRSV_CASES_R)
 ZAR_L2_CPLX(ZAR_L2_TRSV_CASES_C)
 
-// complex extras: the band solve in level-1 form and the product pieces
+// complex extras: Ttbsv_vial1, the band solve as a sequence of level-1 steps
+// (column updates without transpose, dot products with), and the in-place
+// product pieces Ttrml<t> (lower) and Ttrmr<t> (upper) with trans t
 #define ZAR_L2_PIECE_DEF(t, T, name, U, TR) \
   ZAR_EXPORT void ZAR_BLAS(t##name)(ZAR_L2_TRPIECE_ARGS(T)) { trm_piece<T, U, TR>(diag, n, a, lda, x, incx); }
 #define ZAR_L2_CPLX_TRI_DEF(t, T, R)                                                                               \
