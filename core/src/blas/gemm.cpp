@@ -45,8 +45,9 @@ template <class T> gemm_entry<T> entries();
   }
 ZAR_GEMM_TYPES(ZAR_GEMM_ENTRIES)
 
-// Products below this many multiply-adds stay on one thread.
-constexpr double threaded_min_work = 2.0 * 1024 * 1024;
+// Products below this many real multiply-adds (four per complex one) stay on
+// one thread: waking a second thread costs about as much as the work it saves.
+constexpr double threaded_min_work = 4.0 * 1024 * 1024;
 
 template <class T>
 void dispatch(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
@@ -54,7 +55,7 @@ void dispatch(const char* ta, const char* tb, const int* m, const int* n, const 
   using namespace zar::gemm;
   const gemm_entry<T> e = entries<T>();
   const int nt = max_threads();
-  const double work = static_cast<double>(*m) * *n * *k;
+  const double work = static_cast<double>(*m) * *n * *k * (is_complex_v<T> ? 4 : 1);
   // Split the longer side of C in nr (or mr) multiples, at least two
   // register blocks per thread.
   const bool by_cols = *n >= *m;
