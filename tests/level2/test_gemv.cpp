@@ -197,9 +197,9 @@ TYPED_TEST(GemvOrder, ReproducibleBranchIgnoresAlignment) {
 // gives the same bits as one thread.
 TYPED_TEST(Gemv, ThreadsGiveTheSameBits) {
   using T = TypeParam;
-  const int m = 700, n = 650, lda = 703;
+  const int m = 1100, n = 1000, lda = 1103;  // above the threaded front end's threshold
   const auto a = rnd_vec<T>(static_cast<size_t>(lda) * n, 12);
-  const auto x = rnd_vec<T>(span(700, 2), 13);
+  const auto x = rnd_vec<T>(span(1100, 2), 13);
   const T alpha = from<T>(0.5, 1), beta = from<T>(-1, 0.25);
   for (char tr : transes<T>())
     for (int incy : {1, -3}) {

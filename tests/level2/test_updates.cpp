@@ -181,7 +181,7 @@ TYPED_TEST(Updates, TrmvRowBodiesMatchTheInPlaceProduct) {
 
 // The threaded front ends (ger, syr, syr2, trmv) give one thread's bits.
 TEST(UpdatesThreads, FrontEndsGiveTheSameBitsOnTwoThreads) {
-  const int n = 900, lda = 901, inc = 1, incn = -1;
+  const int n = 1500, lda = 1501, inc = 1, incn = -1;  // above the threading threshold
   const auto x = rnd_vec<double>(n, 60), y = rnd_vec<double>(n, 61), a0 = rnd_vec<double>(lda * n, 62);
   const double alpha = 0.3;
   auto run = [&](int threads) {

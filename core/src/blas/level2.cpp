@@ -11,6 +11,12 @@
 
 namespace zar::core::l2 {
 
+// Elements of A per thread below which a split does not pay: waking the pool
+// costs tens of microseconds, and matrices that fit in the caches are served
+// faster by one core (measured on a two-core AMD EPYC: n = 1000 ran slower on
+// two threads).
+constexpr double kGrain = 1 << 19;
+
 // Parts of [0, len) for nt threads, boundaries rounded to multiples of 16.
 inline void split(int len, int tid, int nt, int& s, int& e) {
   int chunk = (len + nt - 1) / nt;
@@ -24,7 +30,7 @@ inline void split(int len, int tid, int nt, int& s, int& e) {
 template <class T> void run_gemv(ZAR_L2_GEMV_ARGS(T)) {
   const auto k = kern<T>::gemv();
   const int M = *m, N = *n;
-  const int nt = (M > 0 && N > 0 && *incy != 0) ? threads_for(double(M) * N, 1 << 17) : 1;
+  const int nt = (M > 0 && N > 0 && *incy != 0) ? threads_for(double(M) * N, kGrain) : 1;
   if (nt <= 1) return k(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
   const bool notrans = up(trans) == 'N';
   const int len = notrans ? M : N;
@@ -48,7 +54,7 @@ void run_ger(const int* m, const int* n, const T* alpha, const T* x, const int* 
     if (conj) k = kern<T>::gerc();
   }
   const int N = *n;
-  const int nt = (*m > 0 && N > 0) ? threads_for(double(*m) * N, 1 << 17) : 1;
+  const int nt = (*m > 0 && N > 0) ? threads_for(double(*m) * N, kGrain) : 1;
   if (nt <= 1) return k(m, n, alpha, x, incx, y, incy, a, lda);
   parallel(nt, [&](int tid, int nth) {
     int s, e;
@@ -73,7 +79,7 @@ inline void tri_split(bool upper, int n, int tid, int nt, int& s, int& e) {
 }
 
 template <class Body> void tri_columns(const char* uplo, int n, Body body) {
-  const int nt = n > 0 ? threads_for(double(n) * n / 2, 1 << 17) : 1;
+  const int nt = n > 0 ? threads_for(double(n) * n / 2, kGrain) : 1;
   if (nt <= 1) return body(0, n);
   const bool upper = up(uplo) == 'U';
   parallel(nt, [&](int tid, int nth) {
@@ -97,7 +103,7 @@ template <class T> void run_syr2(ZAR_L2_SYR2_ARGS(T)) {
 // trmv: x is copied once and the threads form disjoint rows of op(A)*x.
 template <class T> void run_trmv(ZAR_L2_TRMV_ARGS(T)) {
   const int N = *n;
-  const int nt = N > 0 ? threads_for(double(N) * N / 2, 1 << 17) : 1;
+  const int nt = N > 0 ? threads_for(double(N) * N / 2, kGrain) : 1;
   T* src = nt > 1 ? static_cast<T*>(std::malloc(sizeof(T) * N)) : nullptr;
   if (!src) return kern<T>::trmv()(uplo, trans, diag, n, a, lda, x, incx);
   const std::ptrdiff_t inc = *incx, x0 = inc < 0 ? (1 - N) * inc : 0;
