@@ -140,7 +140,7 @@ inline bool ok_spmv(const rep& r, const char* uplo, int n, int incx, int incy) {
   if (incy == 0) return r.bad(9);
   return true;
 }
-// trmv, trsv (k < 0: full storage), tbmv, tbsv (k >= 0), tpmv, tpsv (lda < 0)
+// trmv, trsv; tbmv, tbsv (band: k and lda checked); tpmv, tpsv (packed: no lda)
 inline bool ok_tri(const rep& r, const char* uplo, const char* trans, const char* diag, int n, int k, int lda, int incx,
                    bool band, bool packed) {
   if (bad_uplo(uplo)) return r.bad(1);
@@ -172,7 +172,7 @@ inline bool ok_ger(const rep& r, int m, int n, int incx, int incy, int lda) {
   if (lda < std::max(1, m)) return r.bad(9);
   return true;
 }
-// syr, spr (lda < 0: packed), syr2, spr2 (two vectors)
+// syr, spr (packed: no lda); syr2, spr2 (two: incy checked too)
 inline bool ok_syr(const rep& r, const char* uplo, int n, int incx, int incy, int lda, bool two, bool packed) {
   if (bad_uplo(uplo)) return r.bad(1);
   if (n < 0) return r.bad(2);
