@@ -268,3 +268,31 @@ TYPED_TEST(Updates, SymmetricProductsReadTheStoredTriangleOnly) {
 }
 
 }  // namespace
+
+namespace {
+
+template <class R> class SymvKernel : public testing::Test {};
+using reals = testing::Types<float, double>;
+TYPED_TEST_SUITE(SymvKernel, reals);
+
+// The stored-triangle kernel is the driver's work after y := beta*y.
+TYPED_TEST(SymvKernel, IsTheDriverWithBetaOne) {
+  using R = TypeParam;
+  void (*kernel)(ZAR_L2_SYMVK_ARGS(R));
+  void (*driver)(ZAR_L2_SYMV_ARGS(R));
+  if constexpr (sizeof(R) == 4) kernel = &zar_blas_avx_xssymv_kernel, driver = &zar_blas_avx_xssymv;
+  else kernel = &zar_blas_avx_xdsymv_kernel, driver = &zar_blas_avx_xdsymv;
+  const int n = 33, lda = 35;
+  const R alpha = R(-0.75), one = R(1);
+  const auto a = rnd_vec<R>(lda * n, 100);
+  for (const char* uplo : {"U", "L"})
+    for (int inc : {1, 2}) {
+      const auto x = rnd_vec<R>(span(n, inc), 101);
+      auto y1 = rnd_vec<R>(span(n, inc), 102), y2 = y1;
+      kernel(uplo, &n, &alpha, a.data(), &lda, x.data(), &inc, y1.data(), &inc);
+      driver(uplo, &n, &alpha, a.data(), &lda, x.data(), &inc, &one, y2.data(), &inc);
+      EXPECT_TRUE(same_bits(y1, y2)) << uplo << inc;
+    }
+}
+
+}  // namespace
