@@ -208,3 +208,46 @@ TEST(Front, ComplexFunctionsAndDotSub) {
 }
 
 }  // namespace
+
+namespace {
+using namespace l1t;
+
+// Long vectors are divided among threads by the front ends; every element is
+// computed alone, so the result must be the one of a single kernel call.
+TEST(Front, ThreadedPartsGiveTheSameBits) {
+  const int n = 300001;
+  zar_set_num_threads(2);
+  std::mt19937 g(41);
+  for (auto [incx, incy] : {std::pair{1, 1}, {-2, 3}, {2, -1}}) {
+    const int lx = n * std::abs(incx), ly = n * std::abs(incy);
+    std::vector<double> x(lx), y(ly);
+    fill(x.data(), lx, g), fill(y.data(), ly, g);
+    std::vector<double> xk = x, yk = y;
+    const double alpha = 0.75, c = 0.6, s = 0.8;
+    zar_blas_avx_xdaxpy(&n, &alpha, xk.data(), &incx, yk.data(), &incy);
+    daxpy_(&n, &alpha, x.data(), &incx, y.data(), &incy);
+    EXPECT_TRUE(bits_equal(y.data(), yk.data(), ly)) << "daxpy " << incx << " " << incy;
+    zar_blas_avx_xdrot(&n, xk.data(), &incx, yk.data(), &incy, &c, &s);
+    drot_(&n, x.data(), &incx, y.data(), &incy, &c, &s);
+    EXPECT_TRUE(bits_equal(x.data(), xk.data(), lx)) << "drot x";
+    EXPECT_TRUE(bits_equal(y.data(), yk.data(), ly)) << "drot y";
+    const int step = std::abs(incx);
+    zar_blas_avx_xdscal(&n, &alpha, xk.data(), &step);
+    dscal_(&n, &alpha, x.data(), &step);
+    EXPECT_TRUE(bits_equal(x.data(), xk.data(), lx)) << "dscal";
+    zar_blas_avx_xdcopy(&n, xk.data(), &incx, yk.data(), &incy);
+    dcopy_(&n, x.data(), &incx, y.data(), &incy);
+    EXPECT_TRUE(bits_equal(y.data(), yk.data(), ly)) << "dcopy";
+  }
+  std::vector<c64> z(n), zk;
+  fill(z.data(), n, g);
+  zk = z;
+  const c64 a{0.5, -1.5};
+  const int one = 1;
+  zar_blas_avx_xzscal(&n, &a, zk.data(), &one);
+  cblas_zscal(n, &a, z.data(), 1);
+  EXPECT_TRUE(bits_equal(z.data(), zk.data(), n));
+  zar_set_num_threads(0);
+}
+
+}  // namespace

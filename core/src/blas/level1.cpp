@@ -10,6 +10,8 @@
 // and the sparse-vector routines (0-based indices).
 #include "blas/level1/level1.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <type_traits>
 
 #include "cblas.h"
@@ -66,6 +68,55 @@ auto base1(P* y) {
   return static_cast<E*>(y) + 1;
 }
 
+// A front end's pointer as a pointer to the element type T.
+template <class T, class P>
+auto typed(P* p) {
+  using E = std::conditional_t<std::is_const_v<P>, const T, T>;
+  return static_cast<E*>(p);
+}
+
+// The part [s, s + len) of a vector of n elements walked with increment inc.
+template <class E>
+E* part_of(E* v, int s, int len, int inc, int n) {
+  return inc >= 0 ? v + static_cast<std::ptrdiff_t>(s) * inc : v + static_cast<std::ptrdiff_t>(n - s - len) * -inc;
+}
+
+// Element-wise work on long vectors is divided among the core's threads:
+// each element's result is computed alone, so the bits do not depend on the
+// number of threads. body(s, len) runs the part [s, s + len).
+template <class Body>
+void in_parts(int n, Body body) {
+  constexpr int grain = 1 << 16;
+  const int nt = n >= 2 * grain ? std::min(max_threads(), n / grain) : 1;
+  if (nt <= 1) return body(0, n);
+  parallel(nt, [&](int tid, int nth) {
+    const int chunk = ((n + nth - 1) / nth + 63) / 64 * 64;
+    const int s = std::min(n, tid * chunk), e = std::min(n, s + chunk);
+    if (s < e) body(s, e - s);
+  });
+}
+
+// kernel(&len, x part, y part) over the parts of two vectors; a zero
+// increment (a reduction into one element, or a repeated source) runs whole.
+template <class T, class X, class Y, class K>
+void split_xy(const int* n, int incx, int incy, X* x, Y* y, K kernel) {
+  auto xt = typed<T>(x);
+  auto yt = typed<T>(y);
+  if (incx == 0 || incy == 0) return kernel(n, xt, yt);
+  const int total = *n;
+  in_parts(total,
+           [&](int s, int len) { kernel(&len, part_of(xt, s, len, incx, total), part_of(yt, s, len, incy, total)); });
+}
+
+// kernel(&len, x part) over the parts of one vector walked with |incx|.
+template <class T, class X, class K>
+void split_x(const int* n, int incx, X* x, K kernel) {
+  auto xt = typed<T>(x);
+  const int step = incx < 0 ? -incx : incx, total = *n;
+  if (step == 0) return kernel(n, xt);
+  in_parts(total, [&](int s, int len) { kernel(&len, part_of(xt, s, len, step, total)); });
+}
+
 template <class C, class R>
 C to_c_complex(cx<R> v) {
   C c;
@@ -87,56 +138,53 @@ using zar::real_t;
   ZAR_API ZAR_L1_FRONT_SIG(F, routine, T) { return forward{ZAR_L1_K(name), false} ZAR_L1_ARGS_##F; }
 ZAR_L1_KERNELS(ZAR_L1_DISPATCH)
 
-// ---- Fortran: X(signature, name, kernel, element type, quick return)
+// ---- Fortran: X(signature, name, kernel, element type, quick return, split)
+// split: whole (one call), xy (parts of x and y), x (parts of x) for the threads
 #define ZAR_L1_SKIP_none false
 #define ZAR_L1_SKIP_inc (*n <= 0 || *incx <= 0)
-#define ZAR_L1_F77_LIST(X)                                                                                             \
-  X(AXPY, saxpy_, xsaxpy, float, none)                                                                                 \
-  X(AXPY, daxpy_, xdaxpy, double, none) X(AXPY, caxpy_, xcaxpy, zar::c32, none) X(                                     \
-      AXPY, zaxpy_, xzaxpy, zar::c64, none) X(AXPBY, saxpby_, xsaxpby, float, none)                                    \
-      X(AXPBY, daxpby_, xdaxpby, double, none) X(AXPBY, caxpby_, xcaxpby, zar::c32, none) X(                           \
-          AXPBY, zaxpby_, xzaxpby, zar::c64, none) X(DOT, sdot_, xsdot, float, none)                                   \
-          X(DOT, ddot_, xddot, double, none) X(DSDOT, dsdot_, xdsdot, float, none) X(                                  \
-              SDSDOT, sdsdot_, xsdsdot, float, none) X(NORM, snrm2_, xsnrm2, float, none)                              \
-              X(NORM, dnrm2_, xdnrm2, double, none) X(NORM, scnrm2_, xscnrm2, zar::c32, none)                          \
-                  X(NORM, dznrm2_, xdznrm2, zar::c64, none) X(NORM, sasum_, xsasum, float, inc)                        \
-                      X(NORM, dasum_, xdasum, double, inc) X(NORM, scasum_, xscasum, zar::c32, inc)                    \
-                          X(NORM, dzasum_, xdzasum, zar::c64, inc) X(IAMAX, isamax_, xisamax, float, none) X(          \
-                              IAMAX, idamax_,                                                                          \
-                              xidamax, double, none) X(IAMAX, icamax_, xicamax, zar::c32, none)                        \
-                              X(IAMAX, izamax_, xizamax, zar::c64, none) X(IAMAX, isamin_, xisamin, float, none) X(    \
-                                  IAMAX, idamin_,                                                                      \
-                                  xidamin, double, none) X(IAMAX, icamin_, xicamin, zar::c32, none)                    \
-                                  X(IAMAX, izamin_, xizamin, zar::c64, none) X(ROT, srot_, xsrot, float, none)         \
-                                      X(ROT, drot_, xdrot, double, none) X(ROT, csrot_, xcsrot, zar::c32, none) X(     \
-                                          ROT, zdrot_, xzdrot, zar::c64, none) X(ROTM, srotm_, xsrotm, float, none)    \
-                                          X(ROTM, drotm_, xdrotm, double, none) X(ROTG, srotg_, srotg, float, none) X( \
-                                              ROTG,                                                                    \
-                                              drotg_, drotg, double, none) X(ROTG, crotg_, crotg, zar::c32, none)      \
-                                              X(ROTG, zrotg_, zrotg, zar::c64,                                         \
-                                                none) X(ROTMG, srotmg_, srotmg, float, none)                           \
-                                                  X(ROTMG, drotmg_, drotmg, double,                                    \
-                                                    none) X(SCAL, sscal_, xsscal, float, inc)                          \
-                                                      X(SCAL, dscal_, xdscal, double,                                  \
-                                                        inc) X(SCAL, cscal_, xcscal, zar::c32,                         \
-                                                               inc) X(SCAL, zscal_, xzscal, zar::c64, inc)             \
-                                                          X(RSCAL, csscal_, xcsscal, zar::c32,                         \
-                                                            inc) X(RSCAL, zdscal_, xzdscal, zar::c64,                  \
-                                                                   inc) X(SWAP, sswap_, xsswap, float, none)           \
-                                                              X(SWAP, dswap_, xdswap, double,                          \
-                                                                none) X(SWAP, cswap_, xcswap, zar::c32, none)          \
-                                                                  X(SWAP, zswap_, xzswap, zar::c64,                    \
-                                                                    none) X(COPY, scopy_, xscopy, float, none)         \
-                                                                      X(COPY, dcopy_, xdcopy, double, none)            \
-                                                                          X(COPY, ccopy_, xccopy, zar::c32, none)      \
-                                                                              X(COPY, zcopy_, xzcopy, zar::c64, none)  \
-                                                                                  X(CABS1, scabs1_, scabs1, zar::c32,  \
-                                                                                    none) X(CABS1, dcabs1_, dcabs1,    \
-                                                                                            zar::c64, none)
+// clang-format off
+#define ZAR_L1_F77_LIST(X)                                                                             \
+  X(AXPY, saxpy_, xsaxpy, float, none, xy)        X(AXPY, daxpy_, xdaxpy, double, none, xy)            \
+  X(AXPY, caxpy_, xcaxpy, zar::c32, none, xy)     X(AXPY, zaxpy_, xzaxpy, zar::c64, none, xy)          \
+  X(AXPBY, saxpby_, xsaxpby, float, none, xy)     X(AXPBY, daxpby_, xdaxpby, double, none, xy)         \
+  X(AXPBY, caxpby_, xcaxpby, zar::c32, none, xy)  X(AXPBY, zaxpby_, xzaxpby, zar::c64, none, xy)       \
+  X(DOT, sdot_, xsdot, float, none, whole)        X(DOT, ddot_, xddot, double, none, whole)            \
+  X(DSDOT, dsdot_, xdsdot, float, none, whole)    X(SDSDOT, sdsdot_, xsdsdot, float, none, whole)      \
+  X(NORM, snrm2_, xsnrm2, float, none, whole)     X(NORM, dnrm2_, xdnrm2, double, none, whole)         \
+  X(NORM, scnrm2_, xscnrm2, zar::c32, none, whole) X(NORM, dznrm2_, xdznrm2, zar::c64, none, whole)    \
+  X(NORM, sasum_, xsasum, float, inc, whole)      X(NORM, dasum_, xdasum, double, inc, whole)          \
+  X(NORM, scasum_, xscasum, zar::c32, inc, whole) X(NORM, dzasum_, xdzasum, zar::c64, inc, whole)      \
+  X(IAMAX, isamax_, xisamax, float, none, whole)  X(IAMAX, idamax_, xidamax, double, none, whole)      \
+  X(IAMAX, icamax_, xicamax, zar::c32, none, whole) X(IAMAX, izamax_, xizamax, zar::c64, none, whole)  \
+  X(IAMAX, isamin_, xisamin, float, none, whole)  X(IAMAX, idamin_, xidamin, double, none, whole)      \
+  X(IAMAX, icamin_, xicamin, zar::c32, none, whole) X(IAMAX, izamin_, xizamin, zar::c64, none, whole)  \
+  X(ROT, srot_, xsrot, float, none, xy)           X(ROT, drot_, xdrot, double, none, xy)               \
+  X(ROT, csrot_, xcsrot, zar::c32, none, xy)      X(ROT, zdrot_, xzdrot, zar::c64, none, xy)           \
+  X(ROTM, srotm_, xsrotm, float, none, whole)     X(ROTM, drotm_, xdrotm, double, none, whole)         \
+  X(ROTG, srotg_, srotg, float, none, whole)      X(ROTG, drotg_, drotg, double, none, whole)          \
+  X(ROTG, crotg_, crotg, zar::c32, none, whole)   X(ROTG, zrotg_, zrotg, zar::c64, none, whole)        \
+  X(ROTMG, srotmg_, srotmg, float, none, whole)   X(ROTMG, drotmg_, drotmg, double, none, whole)       \
+  X(SCAL, sscal_, xsscal, float, inc, x)          X(SCAL, dscal_, xdscal, double, inc, x)              \
+  X(SCAL, cscal_, xcscal, zar::c32, inc, x)       X(SCAL, zscal_, xzscal, zar::c64, inc, x)            \
+  X(RSCAL, csscal_, xcsscal, zar::c32, inc, x)    X(RSCAL, zdscal_, xzdscal, zar::c64, inc, x)         \
+  X(SWAP, sswap_, xsswap, float, none, xy)        X(SWAP, dswap_, xdswap, double, none, xy)            \
+  X(SWAP, cswap_, xcswap, zar::c32, none, xy)     X(SWAP, zswap_, xzswap, zar::c64, none, xy)          \
+  X(COPY, scopy_, xscopy, float, none, xy)        X(COPY, dcopy_, xdcopy, double, none, xy)            \
+  X(COPY, ccopy_, xccopy, zar::c32, none, xy)     X(COPY, zcopy_, xzcopy, zar::c64, none, xy)          \
+  X(CABS1, scabs1_, scabs1, zar::c32, none, whole) X(CABS1, dcabs1_, dcabs1, zar::c64, none, whole)
+// clang-format on
 
-#define ZAR_L1_F77(F, fname, kernel, T, quick)                             \
-  ZAR_API ZAR_L1_SIG_##F(fname, pub<T>, real_t<T>) {                       \
-    return forward{ZAR_L1_K(kernel), ZAR_L1_SKIP_##quick} ZAR_L1_ARGS_##F; \
+#define ZAR_L1_RUN_whole(F, kernel, T) forward{ZAR_L1_K(kernel), false} ZAR_L1_ARGS_##F
+#define ZAR_L1_RUN_xy(F, kernel, T)                                        \
+  split_xy<T>(n, *incx, *incy, x, y, [&](const int* n, auto* x, auto* y) { \
+    forward{ZAR_L1_K(kernel), false} ZAR_L1_ARGS_##F;                      \
+  })
+#define ZAR_L1_RUN_x(F, kernel, T) \
+  split_x<T>(n, *incx, x, [&](const int* n, auto* x) { forward{ZAR_L1_K(kernel), false} ZAR_L1_ARGS_##F; })
+#define ZAR_L1_F77(F, fname, kernel, T, quick, split)                                \
+  ZAR_API ZAR_L1_SIG_##F(fname, pub<T>, real_t<T>) {                                 \
+    if (ZAR_L1_SKIP_##quick) return forward{ZAR_L1_K(kernel), true} ZAR_L1_ARGS_##F; \
+    return ZAR_L1_RUN_##split(F, kernel, T);                                         \
   }
 ZAR_L1_F77_LIST(ZAR_L1_F77)
 
@@ -198,37 +246,32 @@ ZAR_L1_F77_CDOT(zdotc_, xzdotc, zar::c64, zar_dcomplex)
 #define ZAR_CB_ARGS_ROTI (nz, x, indx, yb, c, s)
 
 // ---- CBLAS over the Fortran interfaces: X(signature, name, Fortran name, element type)
-#define ZAR_CB_LIST(X)                                                                                                 \
-  X(AXPY, cblas_saxpy, saxpy_, float)                                                                                  \
-  X(AXPY, cblas_daxpy, daxpy_, double) X(AXPY, cblas_caxpy, caxpy_, zar::c32) X(AXPY, cblas_zaxpy, zaxpy_, zar::c64)   \
-      X(AXPBY, cblas_saxpby, saxpby_, float) X(AXPBY, cblas_daxpby, daxpby_, double) X(                                \
-          AXPBY, cblas_caxpby, caxpby_, zar::c32) X(AXPBY, cblas_zaxpby, zaxpby_, zar::c64)                            \
-          X(DOT, cblas_sdot, sdot_, float) X(DOT, cblas_ddot, ddot_, double) X(DSDOT, cblas_dsdot, dsdot_, float) X(   \
-              SDSDOT, cblas_sdsdot, sdsdot_, float) X(NORM, cblas_snrm2, snrm2_, float)                                \
-              X(NORM, cblas_dnrm2, dnrm2_, double) X(NORM, cblas_scnrm2, scnrm2_, zar::c32) X(                         \
-                  NORM, cblas_dznrm2, dznrm2_, zar::c64) X(NORM, cblas_sasum, sasum_, float)                           \
-                  X(NORM, cblas_dasum, dasum_, double) X(NORM, cblas_scasum, scasum_, zar::c32)                        \
-                      X(NORM, cblas_dzasum, dzasum_, zar::c64) X(ROT, cblas_srot, srot_, float) X(                     \
-                          ROT, cblas_drot, drot_, double) X(ROT, cblas_csrot, csrot_, zar::c32)                        \
-                          X(ROT, cblas_zdrot, zdrot_, zar::c64) X(ROTM, cblas_srotm, srotm_, float)                    \
-                              X(ROTM, cblas_drotm, drotm_, double) X(ROTG, cblas_srotg, srotg_, float)                 \
-                                  X(ROTG, cblas_drotg, drotg_, double) X(ROTG, cblas_crotg, crotg_, zar::c32)          \
-                                      X(ROTG, cblas_zrotg, zrotg_, zar::c64) X(ROTMG, cblas_srotmg, srotmg_, float)    \
-                                          X(ROTMG, cblas_drotmg, drotmg_, double) X(SCAL, cblas_sscal, sscal_, float)  \
-                                              X(SCAL, cblas_dscal, dscal_, double)                                     \
-                                                  X(SCAL, cblas_cscal, cscal_, zar::c32)                               \
-                                                      X(SCAL, cblas_zscal, zscal_, zar::c64)                           \
-                                                          X(RSCAL, cblas_csscal, csscal_, zar::c32)                    \
-                                                              X(RSCAL, cblas_zdscal, zdscal_, zar::c64)                \
-                                                                  X(SWAP, cblas_sswap, sswap_, float)                  \
-                                                                      X(SWAP, cblas_dswap, dswap_, double)             \
-                                                                          X(SWAP, cblas_cswap, cswap_, zar::c32) X(    \
-                                                                              SWAP, cblas_zswap, zswap_, zar::c64)     \
-                                                                              X(COPY, cblas_scopy, scopy_, float)      \
-                                                                                  X(COPY, cblas_dcopy, dcopy_, double) \
-                                                                                      X(COPY, cblas_ccopy, ccopy_,     \
-                                                                                        zar::c32) X(COPY, cblas_zcopy, \
-                                                                                                    zcopy_, zar::c64)
+// clang-format off
+#define ZAR_CB_LIST(X)                                                                                                                                                                                                                                                              \
+  X(AXPY, cblas_saxpy, saxpy_, float)  X(AXPY, cblas_daxpy, daxpy_, double)                                                                                                                                                                                                         \
+  X(AXPY, cblas_caxpy, caxpy_, zar::c32)  X(AXPY, cblas_zaxpy, zaxpy_, zar::c64)                                                                                                                                                                                                    \
+  X(AXPBY, cblas_saxpby, saxpby_, float)  X(AXPBY, cblas_daxpby, daxpby_, double)                                                                                                                                                                                                   \
+  X(                                           AXPBY, cblas_caxpby, caxpby_, zar::c32)  X(AXPBY, cblas_zaxpby, zaxpby_, zar::c64)                                                                                                                                                   \
+  X(DOT, cblas_sdot, sdot_, float)  X(DOT, cblas_ddot, ddot_, double)                                                                                                                                                                                                               \
+  X(DSDOT, cblas_dsdot, dsdot_, float)  X(                  SDSDOT, cblas_sdsdot, sdsdot_, float)                                                                                                                                                                                   \
+  X(NORM, cblas_snrm2, snrm2_, float)  X(NORM, cblas_dnrm2, dnrm2_, double)                                                                                                                                                                                                         \
+  X(NORM, cblas_scnrm2, scnrm2_, zar::c32)  X(                                            NORM, cblas_dznrm2, dznrm2_, zar::c64)                                                                                                                                                    \
+  X(NORM, cblas_sasum, sasum_, float)  X(NORM, cblas_dasum, dasum_, double)                                                                                                                                                                                                         \
+  X(NORM, cblas_scasum, scasum_, zar::c32)  X(NORM, cblas_dzasum, dzasum_, zar::c64)                                                                                                                                                                                                \
+  X(ROT, cblas_srot, srot_, float)  X(                                                ROT, cblas_drot, drot_, double)                                                                                                                                                               \
+  X(ROT, cblas_csrot, csrot_, zar::c32)  X(ROT, cblas_zdrot, zdrot_, zar::c64)                                                                                                                                                                                                      \
+  X(ROTM, cblas_srotm, srotm_, float)  X(ROTM, cblas_drotm, drotm_, double)                                                                                                                                                                                                         \
+  X(ROTG, cblas_srotg, srotg_, float)  X(ROTG, cblas_drotg, drotg_, double)                                                                                                                                                                                                         \
+  X(ROTG, cblas_crotg, crotg_, zar::c32)  X(ROTG, cblas_zrotg, zrotg_, zar::c64)                                                                                                                                                                                                    \
+  X(ROTMG, cblas_srotmg, srotmg_, float)  X(ROTMG, cblas_drotmg, drotmg_, double)                                                                                                                                                                                                   \
+  X(SCAL, cblas_sscal, sscal_, float)  X(SCAL, cblas_dscal, dscal_, double)                                                                                                                                                                                                         \
+  X(SCAL, cblas_cscal, cscal_, zar::c32)  X(SCAL, cblas_zscal, zscal_, zar::c64)                                                                                                                                                                                                    \
+  X(RSCAL, cblas_csscal, csscal_, zar::c32)  X(RSCAL, cblas_zdscal, zdscal_, zar::c64)                                                                                                                                                                                              \
+  X(SWAP, cblas_sswap, sswap_, float)  X(SWAP, cblas_dswap, dswap_, double)                                                                                                                                                                                                         \
+  X(SWAP, cblas_cswap, cswap_, zar::c32)  X(                                                                                   SWAP, cblas_zswap, zswap_, zar::c64)                                                                                                                 \
+  X(COPY, cblas_scopy, scopy_, float)  X(COPY, cblas_dcopy, dcopy_, double)                                                                                                                                                                                                         \
+  X(COPY, cblas_ccopy, ccopy_,                                                                                              zar::c32)  X(COPY, cblas_zcopy,                                                                                                      zcopy_, zar::c64)
+// clang-format on
 #define ZAR_CB(F, cname, fname, T) \
   ZAR_API ZAR_CB_SIG_##F(cname, T, real_t<T>) { return forward{&fname, false} ZAR_CB_ARGS_##F; }
 ZAR_CB_LIST(ZAR_CB)
@@ -259,17 +302,19 @@ ZAR_CB_DOTSUB(cblas_zdotu_sub, xzdotu, zar::c64)
 ZAR_CB_DOTSUB(cblas_zdotc_sub, xzdotc, zar::c64)
 
 // ---- sparse vectors: X(signature, name, kernel, element type)
-#define ZAR_CB_SPARSE_LIST(X)                                                                                          \
-  X(AXPYI, cblas_saxpyi, saxpyi, float)                                                                                \
-  X(AXPYI, cblas_daxpyi, daxpyi, double) X(AXPYI, cblas_caxpyi, caxpyi, zar::c32)                                      \
-      X(AXPYI, cblas_zaxpyi, zaxpyi, zar::c64) X(DOTI, cblas_sdoti, sdoti, float) X(DOTI, cblas_ddoti, ddoti, double)  \
-          X(GTHR, cblas_sgthr, sgthr, float) X(GTHR, cblas_dgthr, dgthr, double) X(GTHR, cblas_cgthr, cgthr, zar::c32) \
-              X(GTHR, cblas_zgthr, zgthr, zar::c64) X(GTHRZ, cblas_sgthrz, sgthrz, float)                              \
-                  X(GTHRZ, cblas_dgthrz, dgthrz, double) X(GTHRZ, cblas_cgthrz, cgthrz, zar::c32)                      \
-                      X(GTHRZ, cblas_zgthrz, zgthrz, zar::c64) X(SCTR, cblas_ssctr, ssctr, float)                      \
-                          X(SCTR, cblas_dsctr, dsctr, double) X(SCTR, cblas_csctr, csctr, zar::c32)                    \
-                              X(SCTR, cblas_zsctr, zsctr, zar::c64) X(ROTI, cblas_sroti, sroti, float)                 \
-                                  X(ROTI, cblas_droti, droti, double)
+// clang-format off
+#define ZAR_CB_SPARSE_LIST(X)                                                         \
+  X(AXPYI, cblas_saxpyi, saxpyi, float)  X(AXPYI, cblas_daxpyi, daxpyi, double)       \
+  X(AXPYI, cblas_caxpyi, caxpyi, zar::c32)  X(AXPYI, cblas_zaxpyi, zaxpyi, zar::c64)  \
+  X(DOTI, cblas_sdoti, sdoti, float)  X(DOTI, cblas_ddoti, ddoti, double)             \
+  X(GTHR, cblas_sgthr, sgthr, float)  X(GTHR, cblas_dgthr, dgthr, double)             \
+  X(GTHR, cblas_cgthr, cgthr, zar::c32)  X(GTHR, cblas_zgthr, zgthr, zar::c64)        \
+  X(GTHRZ, cblas_sgthrz, sgthrz, float)  X(GTHRZ, cblas_dgthrz, dgthrz, double)       \
+  X(GTHRZ, cblas_cgthrz, cgthrz, zar::c32)  X(GTHRZ, cblas_zgthrz, zgthrz, zar::c64)  \
+  X(SCTR, cblas_ssctr, ssctr, float)  X(SCTR, cblas_dsctr, dsctr, double)             \
+  X(SCTR, cblas_csctr, csctr, zar::c32)  X(SCTR, cblas_zsctr, zsctr, zar::c64)        \
+  X(ROTI, cblas_sroti, sroti, float)  X(ROTI, cblas_droti, droti, double)
+// clang-format on
 #define ZAR_CB_SPARSE(F, cname, kernel, T)                   \
   ZAR_API ZAR_CB_SIG_##F(cname, T, real_t<T>) {              \
     auto* yb = base1<T>(y);                                  \
