@@ -13,18 +13,8 @@ namespace {
 
 using namespace l2t;
 
-template <class T> struct kern;
-#define L2T_GEMV_KERN(t, T, R)                                          \
-  template <> struct kern<T> {                                          \
-    static constexpr auto gemv = &zar_blas_avx_x##t##gemv;              \
-    static constexpr auto gemv_cnr = &zar_blas_avx_x##t##gemv_cnr;      \
-    static constexpr auto front = &zar_blas_##t##gemv;                  \
-  };
-ZAR_L2_ALL(L2T_GEMV_KERN)
-
 template <class T> class Gemv : public testing::Test {};
-using types = testing::Types<float, double, c32, c64>;
-TYPED_TEST_SUITE(Gemv, types);
+TYPED_TEST_SUITE(Gemv, all_types);
 
 template <class T> std::string transes() { return zar::is_complex_v<T> ? "NTC" : "NT"; }
 template <class T> bool has_nan(const T& v) {
@@ -133,8 +123,7 @@ void plain_t(int m, int n, R alpha, const R* a, int lda, const R* x, R* y) {
 }
 
 template <class R> class GemvOrder : public testing::Test {};
-using reals = testing::Types<float, double>;
-TYPED_TEST_SUITE(GemvOrder, reals);
+TYPED_TEST_SUITE(GemvOrder, real_types);
 
 TYPED_TEST(GemvOrder, BitForBitWithThePlainOrderAtEveryAlignment) {
   using R = TypeParam;
@@ -208,9 +197,9 @@ TYPED_TEST(Gemv, ThreadsGiveTheSameBits) {
       const auto y0 = rnd_vec<T>(span(len, incy), 14);
       auto y1 = y0, y2 = y0;
       zar_set_num_threads(1);
-      kern<T>::front(t, &m, &n, &alpha, a.data(), &lda, x.data(), &incx, &beta, y1.data(), &incy);
+      kern<T>::front_gemv(t, &m, &n, &alpha, a.data(), &lda, x.data(), &incx, &beta, y1.data(), &incy);
       zar_set_num_threads(2);
-      kern<T>::front(t, &m, &n, &alpha, a.data(), &lda, x.data(), &incx, &beta, y2.data(), &incy);
+      kern<T>::front_gemv(t, &m, &n, &alpha, a.data(), &lda, x.data(), &incx, &beta, y2.data(), &incy);
       zar_set_num_threads(0);
       EXPECT_TRUE(same_bits(y1, y2)) << tr << incy;
     }

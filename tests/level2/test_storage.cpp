@@ -11,71 +11,55 @@ namespace {
 
 using namespace l2t;
 
-template <class T> struct kern;
-#define L2T_ST(t, T, R)                                         \
-  template <> struct kern<T> {                                  \
-    static constexpr auto trmv = &zar_blas_avx_x##t##trmv;      \
-    static constexpr auto tbmv = &zar_blas_avx_##t##tbmv;       \
-    static constexpr auto tbmv_f = &zar_blas_avx_##t##tbmv_f;   \
-    static constexpr auto tpmv = &zar_blas_avx_##t##tpmv;       \
-    static constexpr auto tbsv = &zar_blas_avx_##t##tbsv;       \
-    static constexpr auto tbsv_f = &zar_blas_avx_##t##tbsv_f;   \
-    static constexpr auto tbsv_cnr = &zar_blas_avx_##t##tbsv_cnr; \
-    static constexpr auto tpsv = &zar_blas_avx_##t##tpsv;       \
-  };
-ZAR_L2_ALL(L2T_ST)
-
-template <class T> class Storage : public testing::Test {};
-using types = testing::Types<float, double, c32, c64>;
-TYPED_TEST_SUITE(Storage, types);
+template <class T>
+class Storage : public testing::Test {};
+TYPED_TEST_SUITE(Storage, all_types);
 
 TYPED_TEST(Storage, BandAndPackedTrianglesMatchFullStorage) {
   using T = TypeParam;
-  const std::string transes = zar::is_complex_v<T> ? "NTC" : "NT";
   const int n = 23, lda = 25, k = n - 1, ldb = k + 2;
-  for (char uplo : {'U', 'L'})
-    for (char trans : transes)
-      for (char diag : {'N', 'U'})
-        for (int inc : {1, -2}) {
-          SCOPED_TRACE(testing::Message() << uplo << trans << diag << " inc " << inc);
-          const char u[] = {uplo, 0}, t[] = {trans, 0}, d[] = {diag, 0};
-          auto a = rnd_vec<T>(lda * n, 80);
-          for (int j = 0; j < n; ++j) a[j + j * lda] = from<T>(2 + j % 3, 0.5);  // a safe diagonal
-          std::vector<T> band(ldb * n, from<T>(std::nan(""))), packed;
-          for (int j = 0; j < n; ++j)
-            for (int i = 0; i < n; ++i)
-              if (uplo == 'U' ? i <= j : i >= j) band[(uplo == 'U' ? k + i - j : i - j) + j * ldb] = a[i + j * lda];
-          for (int j = 0; j < n; ++j)
-            for (int i = uplo == 'U' ? 0 : j; i <= (uplo == 'U' ? j : n - 1); ++i) packed.push_back(a[i + j * lda]);
-          const auto x0 = rnd_vec<T>(span(n, inc), 81);
-          auto full = x0, bd = x0, pk = x0;
-          kern<T>::trmv(u, t, d, &n, a.data(), &lda, full.data(), &inc);
-          kern<T>::tbmv(u, t, d, &n, &k, band.data(), &ldb, bd.data(), &inc);
-          kern<T>::tpmv(u, t, d, &n, packed.data(), pk.data(), &inc);
-          EXPECT_TRUE(same_bits(full, bd));
-          EXPECT_TRUE(same_bits(full, pk));
-          // solves: band and packed agree bit for bit and undo the product
-          auto sb = full, sp = full, sc = full;
-          kern<T>::tbsv(u, t, d, &n, &k, band.data(), &ldb, sb.data(), &inc);
-          kern<T>::tbsv_cnr(u, t, d, &n, &k, band.data(), &ldb, sc.data(), &inc);
-          kern<T>::tpsv(u, t, d, &n, packed.data(), sp.data(), &inc);
-          EXPECT_TRUE(same_bits(sb, sp));
-          EXPECT_TRUE(same_bits(sb, sc));
-          double w = 0, scale = 1;
-          for (size_t i = 0; i < x0.size(); ++i) {
-            w = worse(w, mag(widen(sb[i]) - widen(x0[i])));
-            scale = std::max<double>(scale, mag(widen(full[i])));
-          }
-          EXPECT_LT(w, 16 * n * eps<T>() * scale);
-          if (inc == 1) {
-            auto fb = x0, fs = full;
-            const int bad = 5;  // the _f forms read incx as 1
-            kern<T>::tbmv_f(u, t, d, &n, &k, band.data(), &ldb, fb.data(), &bad);
-            kern<T>::tbsv_f(u, t, d, &n, &k, band.data(), &ldb, fs.data(), &bad);
-            EXPECT_TRUE(same_bits(fb, bd));
-            EXPECT_TRUE(same_bits(fs, sb));
-          }
-        }
+  each_tri_case<T>([&](const char* u, const char* t, const char* d) {
+    const char uplo = u[0];
+    for (int inc : {1, -2}) {
+      SCOPED_TRACE(testing::Message() << u << t << d << " inc " << inc);
+      auto a = rnd_vec<T>(lda * n, 80);
+      for (int j = 0; j < n; ++j) a[j + j * lda] = from<T>(2 + j % 3, 0.5);  // a safe diagonal
+      std::vector<T> band(ldb * n, from<T>(std::nan(""))), packed;
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i)
+          if (uplo == 'U' ? i <= j : i >= j) band[(uplo == 'U' ? k + i - j : i - j) + j * ldb] = a[i + j * lda];
+      for (int j = 0; j < n; ++j)
+        for (int i = uplo == 'U' ? 0 : j; i <= (uplo == 'U' ? j : n - 1); ++i) packed.push_back(a[i + j * lda]);
+      const auto x0 = rnd_vec<T>(span(n, inc), 81);
+      auto full = x0, bd = x0, pk = x0;
+      kern<T>::trmv(u, t, d, &n, a.data(), &lda, full.data(), &inc);
+      kern<T>::tbmv(u, t, d, &n, &k, band.data(), &ldb, bd.data(), &inc);
+      kern<T>::tpmv(u, t, d, &n, packed.data(), pk.data(), &inc);
+      EXPECT_TRUE(same_bits(full, bd));
+      EXPECT_TRUE(same_bits(full, pk));
+      // solves: band and packed agree bit for bit and undo the product
+      auto sb = full, sp = full, sc = full;
+      kern<T>::tbsv(u, t, d, &n, &k, band.data(), &ldb, sb.data(), &inc);
+      kern<T>::tbsv_cnr(u, t, d, &n, &k, band.data(), &ldb, sc.data(), &inc);
+      kern<T>::tpsv(u, t, d, &n, packed.data(), sp.data(), &inc);
+      EXPECT_TRUE(same_bits(sb, sp));
+      EXPECT_TRUE(same_bits(sb, sc));
+      double w = 0, scale = 1;
+      for (size_t i = 0; i < x0.size(); ++i) {
+        w = worse(w, mag(widen(sb[i]) - widen(x0[i])));
+        scale = std::max<double>(scale, mag(widen(full[i])));
+      }
+      EXPECT_LT(w, 16 * n * eps<T>() * scale);
+      if (inc == 1) {
+        auto fb = x0, fs = full;
+        const int bad = 5;  // the _f forms read incx as 1
+        kern<T>::tbmv_f(u, t, d, &n, &k, band.data(), &ldb, fb.data(), &bad);
+        kern<T>::tbsv_f(u, t, d, &n, &k, band.data(), &ldb, fs.data(), &bad);
+        EXPECT_TRUE(same_bits(fb, bd));
+        EXPECT_TRUE(same_bits(fs, sb));
+      }
+    }
+  });
 }
 
 // a narrow band: only k diagonals are read
@@ -99,25 +83,28 @@ TYPED_TEST(Storage, NarrowBandReadsOnlyItsDiagonals) {
   }
 }
 
-template <class T> struct pieces;
-#define L2T_PIECES(t, T, R)                                                                            \
-  template <> struct pieces<T> {                                                                       \
-    static constexpr auto trmv = &zar_blas_avx_x##t##trmv;                                             \
-    struct piece {                                                                                     \
-      const char *uplo, *trans;                                                                        \
-      void (*fn)(ZAR_L2_TRPIECE_ARGS(T));                                                              \
-    };                                                                                                 \
-    static std::vector<piece> all() {                                                                  \
-      return {{"L", "N", &zar_blas_avx_##t##trmln}, {"L", "T", &zar_blas_avx_##t##trmlt},              \
-              {"L", "C", &zar_blas_avx_##t##trmlc}, {"U", "N", &zar_blas_avx_##t##trmrn},              \
-              {"U", "T", &zar_blas_avx_##t##trmrt}, {"U", "C", &zar_blas_avx_##t##trmrc}};             \
-    }                                                                                                  \
-    static constexpr auto tbsv = &zar_blas_avx_##t##tbsv;                                              \
-    static constexpr auto vial1 = &zar_blas_avx_##t##tbsv_vial1;                                       \
+template <class T>
+struct pieces;
+#define L2T_PIECES(t, T, R)                                                                \
+  template <>                                                                              \
+  struct pieces<T> {                                                                       \
+    static constexpr auto trmv = &zar_blas_avx_x##t##trmv;                                 \
+    struct piece {                                                                         \
+      const char *uplo, *trans;                                                            \
+      void (*fn)(ZAR_L2_TRPIECE_ARGS(T));                                                  \
+    };                                                                                     \
+    static std::vector<piece> all() {                                                      \
+      return {{"L", "N", &zar_blas_avx_##t##trmln}, {"L", "T", &zar_blas_avx_##t##trmlt},  \
+              {"L", "C", &zar_blas_avx_##t##trmlc}, {"U", "N", &zar_blas_avx_##t##trmrn},  \
+              {"U", "T", &zar_blas_avx_##t##trmrt}, {"U", "C", &zar_blas_avx_##t##trmrc}}; \
+    }                                                                                      \
+    static constexpr auto tbsv = &zar_blas_avx_##t##tbsv;                                  \
+    static constexpr auto vial1 = &zar_blas_avx_##t##tbsv_vial1;                           \
   };
 ZAR_L2_CPLX(L2T_PIECES)
 
-template <class T> class Pieces : public testing::Test {};
+template <class T>
+class Pieces : public testing::Test {};
 using ctypes = testing::Types<c32, c64>;
 TYPED_TEST_SUITE(Pieces, ctypes);
 

@@ -19,17 +19,20 @@ struct gemv_log {
   int other_scalars = 0;  // calls whose alpha is not -1 or beta not 1
 } g_log;
 
-template <class T> bool is(const T* p, double v) { return l2t::same_bits(*p, l2t::from<T>(v)); }
+template <class T>
+bool is(const T* p, double v) {
+  return l2t::same_bits(*p, l2t::from<T>(v));
+}
 
 }  // namespace
 
-#define L2T_HOOK(t, T, R)                                                                                   \
-  extern "C" void zar_blas_##t##gemv(ZAR_L2_GEMV_ARGS(T)) {                                                 \
-    using fn = void (*)(ZAR_L2_GEMV_ARGS(T));                                                               \
-    static const fn next = reinterpret_cast<fn>(dlsym(RTLD_NEXT, "zar_blas_" #t "gemv"));                   \
-    ++g_log.calls;                                                                                          \
-    if (!is(alpha, -1) || !is(beta, 1)) ++g_log.other_scalars;                                              \
-    next(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);                                               \
+#define L2T_HOOK(t, T, R)                                                                 \
+  extern "C" void zar_blas_##t##gemv(ZAR_L2_GEMV_ARGS(T)) {                               \
+    using fn = void (*)(ZAR_L2_GEMV_ARGS(T));                                             \
+    static const fn next = reinterpret_cast<fn>(dlsym(RTLD_NEXT, "zar_blas_" #t "gemv")); \
+    ++g_log.calls;                                                                        \
+    if (!is(alpha, -1) || !is(beta, 1)) ++g_log.other_scalars;                            \
+    next(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);                             \
   }
 ZAR_L2_ALL(L2T_HOOK)
 
@@ -37,37 +40,23 @@ namespace {
 
 using namespace l2t;
 
-template <class T> struct kern;
-#define L2T_CASE(t, T, u, tr, d) {#u #tr #d, &zar_blas_avx_##t##trsv_##u##tr##d},
-#define L2T_KERN(t, T, R, CASES)                                                      \
-  template <> struct kern<T> {                                                        \
-    static constexpr auto trsv = &zar_blas_avx_x##t##trsv;                            \
-    static constexpr auto trsv_cnr = &zar_blas_avx_x##t##trsv_cnr;                    \
-    struct fixed {                                                                    \
-      const char* name;                                                               \
-      void (*fn)(ZAR_L2_TRCASE_ARGS(T));                                              \
-    };                                                                                \
-    static std::vector<fixed> cases() { return {CASES}; }                             \
-  };
-#define L2T_KERN_R(t, T, R) L2T_KERN(t, T, R, ZAR_L2_TRSV_REAL_CASES(L2T_CASE, t, T))
-#define L2T_KERN_C(t, T, R) \
-  L2T_KERN(t, T, R, ZAR_L2_TRSV_REAL_CASES(L2T_CASE, t, T) ZAR_L2_TRSV_CONJ_CASES(L2T_CASE, t, T))
-ZAR_L2_REAL(L2T_KERN_R)
-ZAR_L2_CPLX(L2T_KERN_C)
-
 // A triangular matrix that is well conditioned: diagonal in [2, 3] (with an
 // imaginary part for complex data), off-diagonal entries O(1/n). The other
 // triangle holds NaN, which the solve must never read.
-template <class T> std::vector<T> tri_matrix(int n, int lda, char uplo, unsigned seed) {
+template <class T>
+std::vector<T> tri_matrix(int n, int lda, char uplo, unsigned seed) {
   std::mt19937 g(seed);
   std::vector<T> a(static_cast<size_t>(lda) * n, from<T>(std::nan("")));
   for (int j = 0; j < n; ++j)
     for (int i = 0; i < n; ++i) {
-      if (i == j) a[i + j * lda] = from<T>(2.5 + rnd<double>(g) / 2, rnd<double>(g) / 2);
+      if (i == j)
+        a[i + j * lda] = from<T>(2.5 + rnd<double>(g) / 2, rnd<double>(g) / 2);
       else if ((uplo == 'U') == (i < j)) {
         const T v = rnd<T>(g);
-        if constexpr (zar::is_complex_v<T>) a[i + j * lda] = T{v.re / n, v.im / n};
-        else a[i + j * lda] = v / n;
+        if constexpr (zar::is_complex_v<T>)
+          a[i + j * lda] = T{v.re / n, v.im / n};
+        else
+          a[i + j * lda] = v / n;
       }
     }
   return a;
@@ -96,38 +85,35 @@ std::vector<lc> reference_solve(const std::vector<T>& a, int n, int lda, char up
   return x;
 }
 
-template <class T> class Trsv : public testing::Test {};
-using types = testing::Types<float, double, c32, c64>;
-TYPED_TEST_SUITE(Trsv, types);
+template <class T>
+class Trsv : public testing::Test {};
+TYPED_TEST_SUITE(Trsv, all_types);
 
 TYPED_TEST(Trsv, EveryCaseAgainstSubstitutionAndCountsGemvCalls) {
   using T = TypeParam;
-  const std::string transes = zar::is_complex_v<T> ? "NTC" : "NT";
-  for (char uplo : {'U', 'L'})
-    for (char trans : transes)
-      for (char diag : {'N', 'U'})
-        for (int n : {31, 32, 33, 64, 65, 100})
-          for (int inc : {1, -1, 3, -2}) {
-            SCOPED_TRACE(testing::Message() << uplo << trans << diag << " n=" << n << " inc=" << inc);
-            const int lda = n + 3;
-            const auto a = tri_matrix<T>(n, lda, uplo, 7 + n);
-            auto x = rnd_vec<T>(span(n, inc), 11 + n + inc);
-            std::vector<lc> b(n);
-            for (int i = 0; i < n; ++i) b[i] = widen(x[start(n, inc) + i * inc]);
-            const auto want = reference_solve(a, n, lda, uplo, trans, diag, b);
-            g_log = {};
-            const char u[] = {uplo, 0}, t[] = {trans, 0}, d[] = {diag, 0};
-            kern<T>::trsv(u, t, d, &n, a.data(), &lda, x.data(), &inc);
-            const int blocks = (n + 31) / 32;
-            EXPECT_EQ(g_log.calls, blocks - 1) << "one gemv per block after the first";
-            EXPECT_EQ(g_log.other_scalars, 0) << "only alpha = -1 and beta = 1 are passed";
-            double worst = 0;
-            for (int i = 0; i < n; ++i) {
-              const lc got = widen(x[start(n, inc) + i * inc]);
-              worst = worse(worst, mag(got - want[i]) / (1 + mag(want[i])));
-            }
-            EXPECT_LT(worst, 8 * n * eps<T>());
-          }
+  each_tri_case<T>([](const char* u, const char* t, const char* d) {
+    for (int n : {31, 32, 33, 64, 65, 100})
+      for (int inc : {1, -1, 3, -2}) {
+        SCOPED_TRACE(testing::Message() << u << t << d << " n=" << n << " inc=" << inc);
+        const int lda = n + 3;
+        const auto a = tri_matrix<T>(n, lda, u[0], 7 + n);
+        auto x = rnd_vec<T>(span(n, inc), 11 + n + inc);
+        std::vector<lc> b(n);
+        for (int i = 0; i < n; ++i) b[i] = widen(x[start(n, inc) + i * inc]);
+        const auto want = reference_solve(a, n, lda, u[0], t[0], d[0], b);
+        g_log = {};
+        kern<T>::trsv(u, t, d, &n, a.data(), &lda, x.data(), &inc);
+        const int blocks = (n + 31) / 32;
+        EXPECT_EQ(g_log.calls, blocks - 1) << "one gemv per block after the first";
+        EXPECT_EQ(g_log.other_scalars, 0) << "only alpha = -1 and beta = 1 are passed";
+        double worst = 0;
+        for (int i = 0; i < n; ++i) {
+          const lc got = widen(x[start(n, inc) + i * inc]);
+          worst = worse(worst, mag(got - want[i]) / (1 + mag(want[i])));
+        }
+        EXPECT_LT(worst, 8 * n * eps<T>());
+      }
+  });
 }
 
 TYPED_TEST(Trsv, FixedCaseKernelsSolveOneBlockLikeTheDriver) {
@@ -187,8 +173,10 @@ TYPED_TEST(Trsv, ReproducibleBranchIgnoresAlignment) {
       std::copy(x0.begin(), x0.end(), x.begin() + 3 - off);
       kern<T>::trsv("U", tr, "N", &n, a.data() + off, &lda, x.data() + 3 - off, &inc);
       std::vector<T> got(x.begin() + 3 - off, x.begin() + 3 - off + n);
-      if (off == 0) first = got;
-      else EXPECT_TRUE(same_bits(first, got)) << tr << " offset " << off;
+      if (off == 0)
+        first = got;
+      else
+        EXPECT_TRUE(same_bits(first, got)) << tr << " offset " << off;
     }
   }
   zar_cbwr_set(saved);

@@ -12,43 +12,9 @@ namespace {
 
 using namespace l2t;
 
-template <class T> struct kern;
-#define L2T_UPD_COMMON(t, T)                                                  \
-  static constexpr auto trmv = &zar_blas_avx_x##t##trmv;                      \
-  static constexpr auto trmv_cnr = &zar_blas_avx_x##t##trmv_cnr;              \
-  static constexpr auto trmv_in = &zar_blas_avx_##t##trmv_in;                 \
-  static constexpr auto trmv_rows = &zar_blas_avx_x##t##trmv_in_thread;
-#define L2T_UPD_REAL(t, T, R)                                                 \
-  template <> struct kern<T> {                                                \
-    L2T_UPD_COMMON(t, T)                                                      \
-    static constexpr auto ger = &zar_blas_avx_x##t##ger;                      \
-    static constexpr auto syr = &zar_blas_avx_x##t##syr;                      \
-    static constexpr auto syr_cnr = &zar_blas_avx_x##t##syr_cnr;              \
-    static constexpr auto syr_t = &zar_blas_avx_x##t##syr_in_thread;          \
-    static constexpr auto syr_tc = &zar_blas_avx_x##t##syr_in_thread_cnr;     \
-    static constexpr auto syr2 = &zar_blas_avx_x##t##syr2;                    \
-    static constexpr auto syr2_t = &zar_blas_avx_x##t##syr2_in_thread;        \
-    static constexpr auto syr2_tc = &zar_blas_avx_x##t##syr2_in_thread_cnr;   \
-  };
-#define L2T_UPD_CPLX(t, T, R)                                                 \
-  template <> struct kern<T> {                                                \
-    L2T_UPD_COMMON(t, T)                                                      \
-    static constexpr auto ger = &zar_blas_avx_x##t##geru;                     \
-    static constexpr auto gerc = &zar_blas_avx_x##t##gerc;                    \
-    static constexpr auto syr = &zar_blas_avx_##t##her;                       \
-    static constexpr auto syr_cnr = &zar_blas_avx_##t##her_cnr;               \
-    static constexpr auto syr_t = &zar_blas_avx_##t##her_in_thread;           \
-    static constexpr auto syr_tc = &zar_blas_avx_##t##her_in_thread_cnr;      \
-    static constexpr auto syr2 = &zar_blas_avx_##t##her2;                     \
-    static constexpr auto syr2_t = &zar_blas_avx_##t##her2_in_thread;         \
-    static constexpr auto syr2_tc = &zar_blas_avx_##t##her2_in_thread_cnr;    \
-  };
-ZAR_L2_REAL(L2T_UPD_REAL)
-ZAR_L2_CPLX(L2T_UPD_CPLX)
-
-template <class T> class Updates : public testing::Test {};
-using types = testing::Types<float, double, c32, c64>;
-TYPED_TEST_SUITE(Updates, types);
+template <class T>
+class Updates : public testing::Test {};
+TYPED_TEST_SUITE(Updates, all_types);
 
 // A column whose y_j is exactly zero is passed over even when x holds NaN;
 // every other element receives a + x_i*(alpha*y_j) exactly.
@@ -140,43 +106,41 @@ TYPED_TEST(Updates, RankUpdateBodiesOnDisjointColumnsMatchTheWholeCall) {
 // in-place product, for every case.
 TYPED_TEST(Updates, TrmvRowBodiesMatchTheInPlaceProduct) {
   using T = TypeParam;
-  const std::string transes = zar::is_complex_v<T> ? "NTC" : "NT";
-  for (char uplo : {'U', 'L'})
-    for (char trans : transes)
-      for (char diag : {'N', 'U'})
-        for (int incx : {1, -3}) {
-          SCOPED_TRACE(testing::Message() << uplo << trans << diag << " incx " << incx);
-          const int n = 45, lda = 47;
-          const char u[] = {uplo, 0}, t[] = {trans, 0}, d[] = {diag, 0};
-          const auto a = rnd_vec<T>(lda * n, 50);
-          auto x0 = rnd_vec<T>(span(n, incx), 51);
-          x0[start(n, incx) + 7 * incx] = from<T>(0);
-          std::vector<T> src(n);
-          for (int i = 0; i < n; ++i) src[i] = x0[start(n, incx) + i * incx];
-          auto whole = x0, twin = x0, in = x0, rows = x0;
-          kern<T>::trmv(u, t, d, &n, a.data(), &lda, whole.data(), &incx);
-          kern<T>::trmv_cnr(u, t, d, &n, a.data(), &lda, twin.data(), &incx);
-          kern<T>::trmv_in(u, t, d, &n, a.data(), &lda, in.data(), &incx);
-          for (auto [s, e] : {std::pair{0, 1}, {1, 17}, {17, 44}, {44, 45}})
-            kern<T>::trmv_rows(u, t, d, &n, a.data(), &lda, src.data(), rows.data(), &incx, &s, &e);
-          EXPECT_TRUE(same_bits(whole, twin));
-          EXPECT_TRUE(same_bits(whole, in));
-          EXPECT_TRUE(same_bits(whole, rows));
-          // and the product is right
-          double w = 0;
-          for (int i = 0; i < n; ++i) {
-            lc s;
-            for (int j = 0; j < n; ++j) {
-              const int r = trans == 'N' ? i : j, c = trans == 'N' ? j : i;
-              if (r != c && (uplo == 'U') != (r < c)) continue;
-              lc e = r == c && diag == 'U' ? lc{1, 0} : widen(a[r + c * lda]);
-              if (trans == 'C') e = conj(e);
-              s = s + e * widen(src[j]);
-            }
-            w = worse(w, mag(widen(whole[start(n, incx) + i * incx]) - s) / (1 + mag(s)));
-          }
-          EXPECT_LT(w, 4 * n * eps<T>());
+  each_tri_case<T>([](const char* u, const char* t, const char* d) {
+    const char uplo = u[0], trans = t[0], diag = d[0];
+    for (int incx : {1, -3}) {
+      SCOPED_TRACE(testing::Message() << u << t << d << " incx " << incx);
+      const int n = 45, lda = 47;
+      const auto a = rnd_vec<T>(lda * n, 50);
+      auto x0 = rnd_vec<T>(span(n, incx), 51);
+      x0[start(n, incx) + 7 * incx] = from<T>(0);
+      std::vector<T> src(n);
+      for (int i = 0; i < n; ++i) src[i] = x0[start(n, incx) + i * incx];
+      auto whole = x0, twin = x0, in = x0, rows = x0;
+      kern<T>::trmv(u, t, d, &n, a.data(), &lda, whole.data(), &incx);
+      kern<T>::trmv_cnr(u, t, d, &n, a.data(), &lda, twin.data(), &incx);
+      kern<T>::trmv_in(u, t, d, &n, a.data(), &lda, in.data(), &incx);
+      for (auto [s, e] : {std::pair{0, 1}, {1, 17}, {17, 44}, {44, 45}})
+        kern<T>::trmv_rows(u, t, d, &n, a.data(), &lda, src.data(), rows.data(), &incx, &s, &e);
+      EXPECT_TRUE(same_bits(whole, twin));
+      EXPECT_TRUE(same_bits(whole, in));
+      EXPECT_TRUE(same_bits(whole, rows));
+      // and the product is right
+      double w = 0;
+      for (int i = 0; i < n; ++i) {
+        lc s;
+        for (int j = 0; j < n; ++j) {
+          const int r = trans == 'N' ? i : j, c = trans == 'N' ? j : i;
+          if (r != c && (uplo == 'U') != (r < c)) continue;
+          lc e = r == c && diag == 'U' ? lc{1, 0} : widen(a[r + c * lda]);
+          if (trans == 'C') e = conj(e);
+          s = s + e * widen(src[j]);
         }
+        w = worse(w, mag(widen(whole[start(n, incx) + i * incx]) - s) / (1 + mag(s)));
+      }
+      EXPECT_LT(w, 4 * n * eps<T>());
+    }
+  });
 }
 
 // The threaded front ends (ger, syr, syr2, trmv) give one thread's bits.
@@ -212,14 +176,6 @@ TEST(UpdatesThreads, FrontEndsGiveTheSameBitsOnTwoThreads) {
 
 namespace {
 
-template <class T> struct symk;
-#define L2T_SYMK_R(t, T, R) \
-  template <> struct symk<T> { static constexpr auto symv = &zar_blas_avx_x##t##symv; };
-#define L2T_SYMK_C(t, T, R) \
-  template <> struct symk<T> { static constexpr auto symv = &zar_blas_avx_##t##hemv; };
-ZAR_L2_REAL(L2T_SYMK_R)
-ZAR_L2_CPLX(L2T_SYMK_C)
-
 // symv/hemv read the stored triangle only, and the Hermitian product only the
 // real part of the diagonal: NaN elsewhere changes nothing.
 TYPED_TEST(Updates, SymmetricProductsReadTheStoredTriangleOnly) {
@@ -249,7 +205,7 @@ TYPED_TEST(Updates, SymmetricProductsReadTheStoredTriangleOnly) {
         }
       const auto x = rnd_vec<T>(span(n, inc), 71), y0 = rnd_vec<T>(span(n, inc), 72);
       auto y = y0;
-      symk<T>::symv(uplo, &n, &alpha, a.data(), &lda, x.data(), &inc, &beta, y.data(), &inc);
+      kern<T>::symv(uplo, &n, &alpha, a.data(), &lda, x.data(), &inc, &beta, y.data(), &inc);
       std::vector<T> xs(n), ys(n), got(n);
       for (int i = 0; i < n; ++i) {
         xs[i] = x[start(n, inc) + i * inc];
@@ -271,17 +227,19 @@ TYPED_TEST(Updates, SymmetricProductsReadTheStoredTriangleOnly) {
 
 namespace {
 
-template <class R> class SymvKernel : public testing::Test {};
-using reals = testing::Types<float, double>;
-TYPED_TEST_SUITE(SymvKernel, reals);
+template <class R>
+class SymvKernel : public testing::Test {};
+TYPED_TEST_SUITE(SymvKernel, real_types);
 
 // The stored-triangle kernel is the driver's work after y := beta*y.
 TYPED_TEST(SymvKernel, IsTheDriverWithBetaOne) {
   using R = TypeParam;
   void (*kernel)(ZAR_L2_SYMVK_ARGS(R));
   void (*driver)(ZAR_L2_SYMV_ARGS(R));
-  if constexpr (sizeof(R) == 4) kernel = &zar_blas_avx_xssymv_kernel, driver = &zar_blas_avx_xssymv;
-  else kernel = &zar_blas_avx_xdsymv_kernel, driver = &zar_blas_avx_xdsymv;
+  if constexpr (sizeof(R) == 4)
+    kernel = &zar_blas_avx_xssymv_kernel, driver = &zar_blas_avx_xssymv;
+  else
+    kernel = &zar_blas_avx_xdsymv_kernel, driver = &zar_blas_avx_xdsymv;
   const int n = 33, lda = 35;
   const R alpha = R(-0.75), one = R(1);
   const auto a = rnd_vec<R>(lda * n, 100);
