@@ -90,53 +90,38 @@
   ZAR_L2_DECL(t##tpmv, ZAR_L2_TPMV_ARGS(T))                                       \
   ZAR_L2_DECL(t##tpsv, ZAR_L2_TPMV_ARGS(T))
 
-// ---------------------------------------------------------------- real
-#define ZAR_L2_DECL_REAL(t, T, R)                                                 \
-  ZAR_L2_DECL(x##t##ger, ZAR_L2_GER_ARGS(T))                                      \
-  ZAR_L2_DECL(x##t##symv, ZAR_L2_SYMV_ARGS(T))                                    \
-  ZAR_L2_DECL(x##t##symv_kernel, ZAR_L2_SYMVK_ARGS(T))                            \
-  ZAR_L2_DECL(x##t##syr, ZAR_L2_SYR_ARGS(T, R))                                   \
-  ZAR_L2_DECL(x##t##syr_cnr, ZAR_L2_SYR_ARGS(T, R))                               \
-  ZAR_L2_DECL(x##t##syr_in_thread, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)           \
-  ZAR_L2_DECL(x##t##syr_in_thread_cnr, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)       \
-  ZAR_L2_DECL(x##t##syr2, ZAR_L2_SYR2_ARGS(T))                                    \
-  ZAR_L2_DECL(x##t##syr2_cnr, ZAR_L2_SYR2_ARGS(T))                                \
-  ZAR_L2_DECL(x##t##syr2_in_thread, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)            \
-  ZAR_L2_DECL(x##t##syr2_in_thread_cnr, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)        \
-  ZAR_L2_DECL(t##spmv, ZAR_L2_SPMV_ARGS(T))                                       \
-  ZAR_L2_DECL(t##spmv_cnr, ZAR_L2_SPMV_ARGS(T))                                   \
-  ZAR_L2_DECL(t##spr, ZAR_L2_SPR_ARGS(T, R))                                      \
-  ZAR_L2_DECL(t##spr_cnr, ZAR_L2_SPR_ARGS(T, R))                                  \
-  ZAR_L2_DECL(t##spr2, ZAR_L2_SPR2_ARGS(T))                                       \
-  ZAR_L2_DECL(t##spr2_cnr, ZAR_L2_SPR2_ARGS(T))                                   \
-  ZAR_L2_DECL(t##sbmv, ZAR_L2_SBMV_ARGS(T))                                       \
-  ZAR_L2_DECL(t##sbmv_cnr, ZAR_L2_SBMV_ARGS(T))                                   \
-  ZAR_L2_DECL(t##gem2vu, ZAR_L2_GEM2V_ARGS(T))                                    \
-  ZAR_L2_DECL(t##gem2vu_f, ZAR_L2_GEM2V_ARGS(T))
+// ------------------------------------------- symmetric (real), Hermitian
+// (complex): pfx is x for the real driver names, sy/sp the letters (sy, s or
+// he, h), r1 the rank-one name (ger or geru), g2 the fused product
+#define ZAR_L2_DECL_SYM(t, T, R, pfx, sy, sp, r1, g2)                            \
+  ZAR_L2_DECL(x##t##r1, ZAR_L2_GER_ARGS(T))                                       \
+  ZAR_L2_DECL(pfx##t##sy##mv, ZAR_L2_SYMV_ARGS(T))                                \
+  ZAR_L2_DECL(pfx##t##sy##r, ZAR_L2_SYR_ARGS(T, R))                               \
+  ZAR_L2_DECL(pfx##t##sy##r_cnr, ZAR_L2_SYR_ARGS(T, R))                           \
+  ZAR_L2_DECL(pfx##t##sy##r_in_thread, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)       \
+  ZAR_L2_DECL(pfx##t##sy##r_in_thread_cnr, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)   \
+  ZAR_L2_DECL(pfx##t##sy##r2, ZAR_L2_SYR2_ARGS(T))                                \
+  ZAR_L2_DECL(pfx##t##sy##r2_cnr, ZAR_L2_SYR2_ARGS(T))                            \
+  ZAR_L2_DECL(pfx##t##sy##r2_in_thread, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)        \
+  ZAR_L2_DECL(pfx##t##sy##r2_in_thread_cnr, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)    \
+  ZAR_L2_DECL(t##sp##pmv, ZAR_L2_SPMV_ARGS(T))                                    \
+  ZAR_L2_DECL(t##sp##pmv_cnr, ZAR_L2_SPMV_ARGS(T))                                \
+  ZAR_L2_DECL(t##sp##pr, ZAR_L2_SPR_ARGS(T, R))                                   \
+  ZAR_L2_DECL(t##sp##pr_cnr, ZAR_L2_SPR_ARGS(T, R))                               \
+  ZAR_L2_DECL(t##sp##pr2, ZAR_L2_SPR2_ARGS(T))                                    \
+  ZAR_L2_DECL(t##sp##pr2_cnr, ZAR_L2_SPR2_ARGS(T))                                \
+  ZAR_L2_DECL(t##sp##bmv, ZAR_L2_SBMV_ARGS(T))                                    \
+  ZAR_L2_DECL(t##sp##bmv_cnr, ZAR_L2_SBMV_ARGS(T))                                \
+  ZAR_L2_DECL(t##g2, ZAR_L2_GEM2V_ARGS(T))                                        \
+  ZAR_L2_DECL(t##g2##_f, ZAR_L2_GEM2V_ARGS(T))
 
-// ---------------------------------------------------------------- complex
+#define ZAR_L2_DECL_REAL(t, T, R)                                                 \
+  ZAR_L2_DECL_SYM(t, T, R, x, sy, s, ger, gem2vu)                                 \
+  ZAR_L2_DECL(x##t##symv_kernel, ZAR_L2_SYMVK_ARGS(T))
+
 #define ZAR_L2_DECL_CPLX(t, T, R)                                                 \
-  ZAR_L2_DECL(x##t##geru, ZAR_L2_GER_ARGS(T))                                     \
+  ZAR_L2_DECL_SYM(t, T, R, , he, h, geru, gem2vc)                                 \
   ZAR_L2_DECL(x##t##gerc, ZAR_L2_GER_ARGS(T))                                     \
-  ZAR_L2_DECL(t##hemv, ZAR_L2_SYMV_ARGS(T))                                       \
-  ZAR_L2_DECL(t##her, ZAR_L2_SYR_ARGS(T, R))                                      \
-  ZAR_L2_DECL(t##her_cnr, ZAR_L2_SYR_ARGS(T, R))                                  \
-  ZAR_L2_DECL(t##her_in_thread, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)              \
-  ZAR_L2_DECL(t##her_in_thread_cnr, ZAR_L2_SYR_ARGS(T, R), ZAR_L2_RANGE)          \
-  ZAR_L2_DECL(t##her2, ZAR_L2_SYR2_ARGS(T))                                       \
-  ZAR_L2_DECL(t##her2_cnr, ZAR_L2_SYR2_ARGS(T))                                   \
-  ZAR_L2_DECL(t##her2_in_thread, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)               \
-  ZAR_L2_DECL(t##her2_in_thread_cnr, ZAR_L2_SYR2_ARGS(T), ZAR_L2_RANGE)           \
-  ZAR_L2_DECL(t##hpmv, ZAR_L2_SPMV_ARGS(T))                                       \
-  ZAR_L2_DECL(t##hpmv_cnr, ZAR_L2_SPMV_ARGS(T))                                   \
-  ZAR_L2_DECL(t##hpr, ZAR_L2_SPR_ARGS(T, R))                                      \
-  ZAR_L2_DECL(t##hpr_cnr, ZAR_L2_SPR_ARGS(T, R))                                  \
-  ZAR_L2_DECL(t##hpr2, ZAR_L2_SPR2_ARGS(T))                                       \
-  ZAR_L2_DECL(t##hpr2_cnr, ZAR_L2_SPR2_ARGS(T))                                   \
-  ZAR_L2_DECL(t##hbmv, ZAR_L2_SBMV_ARGS(T))                                       \
-  ZAR_L2_DECL(t##hbmv_cnr, ZAR_L2_SBMV_ARGS(T))                                   \
-  ZAR_L2_DECL(t##gem2vc, ZAR_L2_GEM2V_ARGS(T))                                    \
-  ZAR_L2_DECL(t##gem2vc_f, ZAR_L2_GEM2V_ARGS(T))                                  \
   ZAR_L2_DECL(t##tbsv_vial1, ZAR_L2_TBMV_ARGS(T))                                 \
   ZAR_L2_DECL(t##trmln, ZAR_L2_TRPIECE_ARGS(T))                                   \
   ZAR_L2_DECL(t##trmlt, ZAR_L2_TRPIECE_ARGS(T))                                   \

@@ -32,34 +32,29 @@ template <class T> struct kern;
   static auto tbsv() { return ZAR_KERNEL(zar_blas_avx_##t##tbsv); }    \
   static auto tpmv() { return ZAR_KERNEL(zar_blas_avx_##t##tpmv); }    \
   static auto tpsv() { return ZAR_KERNEL(zar_blas_avx_##t##tpsv); }
-#define ZAR_L2_KERN_REAL(t, T, R)                                                   \
-  template <> struct kern<T> {                                                      \
-    ZAR_L2_KERN_COMMON(t)                                                           \
-    static auto ger() { return ZAR_KERNEL(zar_blas_avx_x##t##ger); }                \
-    static auto symv() { return ZAR_KERNEL(zar_blas_avx_x##t##symv); }              \
-    static auto sbmv() { return ZAR_KERNEL(zar_blas_avx_##t##sbmv); }               \
-    static auto spmv() { return ZAR_KERNEL(zar_blas_avx_##t##spmv); }               \
-    static auto syr() { return ZAR_KERNEL(zar_blas_avx_x##t##syr_in_thread); }      \
-    static auto syr_cnr() { return ZAR_KERNEL(zar_blas_avx_x##t##syr_in_thread_cnr); } \
-    static auto syr2() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2_in_thread); }    \
-    static auto syr2_cnr() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2_in_thread_cnr); } \
-    static auto spr() { return ZAR_KERNEL(zar_blas_avx_##t##spr); }                 \
-    static auto spr2() { return ZAR_KERNEL(zar_blas_avx_##t##spr2); }               \
+// the symmetric (real) or Hermitian (complex) entries: pfx is x for the real
+// driver names, sy/sp the letters (sy, s or he, h), r1 the rank-one name
+#define ZAR_L2_KERN_SYM(t, pfx, sy, sp, r1)                                                \
+  static auto ger() { return ZAR_KERNEL(zar_blas_avx_x##t##r1); }                           \
+  static auto symv() { return ZAR_KERNEL(zar_blas_avx_##pfx##t##sy##mv); }                  \
+  static auto sbmv() { return ZAR_KERNEL(zar_blas_avx_##t##sp##bmv); }                      \
+  static auto spmv() { return ZAR_KERNEL(zar_blas_avx_##t##sp##pmv); }                      \
+  static auto syr() { return ZAR_KERNEL(zar_blas_avx_##pfx##t##sy##r_in_thread); }          \
+  static auto syr_cnr() { return ZAR_KERNEL(zar_blas_avx_##pfx##t##sy##r_in_thread_cnr); }  \
+  static auto syr2() { return ZAR_KERNEL(zar_blas_avx_##pfx##t##sy##r2_in_thread); }        \
+  static auto syr2_cnr() { return ZAR_KERNEL(zar_blas_avx_##pfx##t##sy##r2_in_thread_cnr); } \
+  static auto spr() { return ZAR_KERNEL(zar_blas_avx_##t##sp##pr); }                        \
+  static auto spr2() { return ZAR_KERNEL(zar_blas_avx_##t##sp##pr2); }
+#define ZAR_L2_KERN_REAL(t, T, R) \
+  template <> struct kern<T> {    \
+    ZAR_L2_KERN_COMMON(t)         \
+    ZAR_L2_KERN_SYM(t, x, sy, s, ger) \
   };
-#define ZAR_L2_KERN_CPLX(t, T, R)                                                   \
-  template <> struct kern<T> {                                                      \
-    ZAR_L2_KERN_COMMON(t)                                                           \
-    static auto ger() { return ZAR_KERNEL(zar_blas_avx_x##t##geru); }               \
-    static auto gerc() { return ZAR_KERNEL(zar_blas_avx_x##t##gerc); }              \
-    static auto symv() { return ZAR_KERNEL(zar_blas_avx_##t##hemv); }               \
-    static auto sbmv() { return ZAR_KERNEL(zar_blas_avx_##t##hbmv); }               \
-    static auto spmv() { return ZAR_KERNEL(zar_blas_avx_##t##hpmv); }               \
-    static auto syr() { return ZAR_KERNEL(zar_blas_avx_##t##her_in_thread); }       \
-    static auto syr_cnr() { return ZAR_KERNEL(zar_blas_avx_##t##her_in_thread_cnr); } \
-    static auto syr2() { return ZAR_KERNEL(zar_blas_avx_##t##her2_in_thread); }     \
-    static auto syr2_cnr() { return ZAR_KERNEL(zar_blas_avx_##t##her2_in_thread_cnr); } \
-    static auto spr() { return ZAR_KERNEL(zar_blas_avx_##t##hpr); }                 \
-    static auto spr2() { return ZAR_KERNEL(zar_blas_avx_##t##hpr2); }               \
+#define ZAR_L2_KERN_CPLX(t, T, R)                                    \
+  template <> struct kern<T> {                                       \
+    ZAR_L2_KERN_COMMON(t)                                            \
+    ZAR_L2_KERN_SYM(t, , he, h, geru)                                \
+    static auto gerc() { return ZAR_KERNEL(zar_blas_avx_x##t##gerc); } \
   };
 ZAR_L2_REAL(ZAR_L2_KERN_REAL)
 ZAR_L2_CPLX(ZAR_L2_KERN_CPLX)
