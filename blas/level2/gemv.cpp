@@ -131,7 +131,8 @@ void gemv_t_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, const R* x, ve
     }
     auto c0 = S::zero(), c1 = S::zero(), c2 = S::zero(), c3 = S::zero();
     for (; i < vend; i += L) {
-      const auto xv = S::load(x + i);
+      auto xv = S::load(x + i);
+      asm("" : "+x"(xv));  // one load of x for the four columns
       c0 = S::add(c0, S::mul(S::load(a0 + i), xv));
       c1 = S::add(c1, S::mul(S::load(a1 + i), xv));
       c2 = S::add(c2, S::mul(S::load(a2 + i), xv));
