@@ -62,27 +62,6 @@ TYPED_TEST(Storage, BandAndPackedTrianglesMatchFullStorage) {
   });
 }
 
-// a narrow band: only k diagonals are read
-TYPED_TEST(Storage, NarrowBandReadsOnlyItsDiagonals) {
-  using T = TypeParam;
-  const int n = 17, k = 3, ldb = k + 1, inc = 1, lda = n;
-  for (char uplo : {'U', 'L'}) {
-    const char u[] = {uplo, 0};
-    const auto band = rnd_vec<T>(ldb * n, 90);
-    std::vector<T> a(lda * n, from<T>(0));
-    for (int j = 0; j < n; ++j)
-      for (int i = std::max(0, j - k); i <= std::min(n - 1, j + k); ++i)
-        if (uplo == 'U' ? i <= j : i >= j) a[i + j * lda] = band[(uplo == 'U' ? k + i - j : i - j) + j * ldb];
-    const auto x0 = rnd_vec<T>(n, 91);
-    auto xb = x0, xf = x0;
-    kern<T>::tbmv(u, "N", "N", &n, &k, band.data(), &ldb, xb.data(), &inc);
-    kern<T>::trmv(u, "N", "N", &n, a.data(), &lda, xf.data(), &inc);
-    double w = 0;
-    for (int i = 0; i < n; ++i) w = worse(w, mag(widen(xb[i]) - widen(xf[i])));
-    EXPECT_LT(w, 8 * eps<T>()) << uplo;
-  }
-}
-
 template <class T>
 struct pieces;
 #define L2T_PIECES(t, T, R)                                                                \
