@@ -8,7 +8,7 @@
 // small-matrix path ?gemm_pst, which reads the caller's arrays directly.
 #include <cstring>
 
-#include "blas/gemm/gemm_impl.h"
+#include "blas/gemm/gemm_simd.h"
 #include "zar/export.h"
 #include "zar/services.h"
 
@@ -131,6 +131,48 @@ template <class T> void mscale(const int* m, const int* n, const T* beta, T* c, 
   }
 }
 
+// The small path for real types with A not transposed: the rows of C go in
+// vectors (a masked vector for the last few), four columns at a time, so each
+// lane sums its products in depth order as direct_product does.
+template <class R, tr TB>
+void rows_product(int m, int n, int k, R alpha, const R* a, int lda, const R* b, int ldb, bool beta_zero, R* c,
+                  int ldc) {
+  using S = simd<R>;
+  using V = typename S::V;
+  constexpr int L = S::L;
+  const V al = S::set1(alpha);
+  // Rows i .. i+L-1 of columns j .. j+NJ-1; Tail: the last m - i < L rows.
+  auto rows = [&]<int NJ, bool Tail>(int i, int j) {
+    const auto mask = Tail ? S::mask(m - i) : __m256i{};
+    auto load = [&](const R* x) { return Tail ? S::maskload(x, mask) : S::loadu(x); };
+    V acc[NJ];
+    for (int q = 0; q < NJ; ++q) acc[q] = S::zero();
+    const R* ap = a + i;
+    for (int p = 0; p < k; ++p, ap += lda) {
+      const V av = S::mul(al, load(ap));
+      for (int q = 0; q < NJ; ++q) acc[q] = S::add(acc[q], S::mul(av, S::bcast(&op_cols_ref<TB>(b, ldb, p, j + q))));
+    }
+    for (int q = 0; q < NJ; ++q) {
+      R* cq = c + static_cast<long>(j + q) * ldc + i;
+      const V v = beta_zero ? acc[q] : S::add(load(cq), acc[q]);
+      if constexpr (Tail) S::maskstore(cq, mask, v);
+      else S::storeu(cq, v);
+    }
+  };
+  const int whole = m / L * L;
+  auto columns = [&]<int NJ>(int j) {
+    for (int i = 0; i < whole; i += L) rows.template operator()<NJ, false>(i, j);
+    if (whole < m) rows.template operator()<NJ, true>(whole, j);
+  };
+  int j = 0;
+  for (; j + 4 <= n; j += 4) columns.template operator()<4>(j);
+  switch (n - j) {  // the last columns together, so that A is read once more only
+    case 3: columns.template operator()<3>(j); break;
+    case 2: columns.template operator()<2>(j); break;
+    case 1: columns.template operator()<1>(j); break;
+  }
+}
+
 // The small-matrix path: no work area; the depth in one block.
 template <class T>
 void pst(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
@@ -147,7 +189,10 @@ void pst(const char* ta, const char* tb, const int* m, const int* n, const int* 
   }
   with_trans(trans_of(ta), [&]<tr TA>() {
     with_trans(trans_of(tb), [&]<tr TB>() {
-      direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
+      if constexpr (!is_complex_v<T> && TA == tr::n)
+        rows_product<T, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
+      else
+        direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
     });
   });
 }

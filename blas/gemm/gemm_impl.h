@@ -99,6 +99,11 @@ template <tr M, class T> inline T op_rows(const T* x, int ld, int i, int p) {
   else if constexpr (M == tr::t) return x[p + static_cast<long>(i) * ld];
   else return conj(x[p + static_cast<long>(i) * ld]);
 }
+// Where op(B)(p, j) is stored (real types: "C" reads as "T").
+template <tr M, class T> inline const T& op_cols_ref(const T* x, int ld, int p, int j) {
+  if constexpr (M == tr::n) return x[p + static_cast<long>(j) * ld];
+  else return x[j + static_cast<long>(p) * ld];
+}
 // op(B)(p, j).
 template <tr M, class T> inline T op_cols(const T* x, int ld, int p, int j) {
   if constexpr (M == tr::n) return x[p + static_cast<long>(j) * ld];

@@ -21,6 +21,12 @@ template <> struct simd<double> {
   static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
   static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
   static V set1(double x) { return _mm256_set1_pd(x); }
+  // Lanes below `count` on, the others off.
+  static __m256i mask(int count) {
+    return _mm256_setr_epi64x(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0);
+  }
+  static V maskload(const double* p, __m256i m) { return _mm256_maskload_pd(p, m); }
+  static void maskstore(double* p, __m256i m, V v) { _mm256_maskstore_pd(p, m, v); }
   static V flip_odd(V v) { return _mm256_xor_pd(v, _mm256_setr_pd(0.0, -0.0, 0.0, -0.0)); }
 };
 template <> struct simd<float> {
@@ -36,6 +42,12 @@ template <> struct simd<float> {
   static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
   static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
   static V set1(float x) { return _mm256_set1_ps(x); }
+  static __m256i mask(int count) {
+    return _mm256_setr_epi32(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0,
+                             count > 4 ? -1 : 0, count > 5 ? -1 : 0, count > 6 ? -1 : 0, count > 7 ? -1 : 0);
+  }
+  static V maskload(const float* p, __m256i m) { return _mm256_maskload_ps(p, m); }
+  static void maskstore(float* p, __m256i m, V v) { _mm256_maskstore_ps(p, m, v); }
   static V flip_odd(V v) {
     return _mm256_xor_ps(v, _mm256_setr_ps(0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f));
   }
