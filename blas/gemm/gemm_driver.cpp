@@ -140,7 +140,7 @@ void rows_product(int m, int n, int k, R alpha, const R* a, int lda, const R* b,
   using S = simd<R>;
   using V = typename S::V;
   constexpr int L = S::L;
-  const V al = S::set1(alpha);
+  const V al = S::bcast(&alpha);  // from memory: AVX has no broadcast from a register
   // Rows i .. i+L-1 of columns j .. j+NJ-1; Tail: the last m - i < L rows.
   auto rows = [&]<int NJ, bool Tail>(int i, int j) {
     const auto mask = Tail ? S::mask(m - i) : __m256i{};

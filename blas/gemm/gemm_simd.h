@@ -20,7 +20,6 @@ template <> struct simd<double> {
   static V add(V a, V b) { return _mm256_add_pd(a, b); }
   static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
   static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
-  static V set1(double x) { return _mm256_set1_pd(x); }
   // Lanes below `count` on, the others off.
   static __m256i mask(int count) {
     return _mm256_setr_epi64x(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0);
@@ -41,7 +40,6 @@ template <> struct simd<float> {
   static V add(V a, V b) { return _mm256_add_ps(a, b); }
   static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
   static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
-  static V set1(float x) { return _mm256_set1_ps(x); }
   static __m256i mask(int count) {
     return _mm256_setr_epi32(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0,
                              count > 4 ? -1 : 0, count > 5 ? -1 : 0, count > 6 ? -1 : 0, count > 7 ? -1 : 0);
@@ -72,8 +70,9 @@ template <class T, bool Conj, bool Scale> struct row32 {
   using S = simd<R>;
   typename S::V ar, ai;
   explicit row32(T alpha) {
-    if constexpr (is_complex_v<T>) ar = S::set1(alpha.re), ai = S::set1(alpha.im);
-    else ar = S::set1(alpha);
+    // Broadcasts from memory: AVX has no broadcast from a register.
+    if constexpr (is_complex_v<T>) ar = S::bcast(&alpha.re), ai = S::bcast(&alpha.im);
+    else ar = S::bcast(&alpha);
   }
   void operator()(const T* src, T* dst) const {
     auto x = S::loadu(reinterpret_cast<const R*>(src));
