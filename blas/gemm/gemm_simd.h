@@ -3,6 +3,8 @@
 #pragma once
 #include <immintrin.h>
 
+#include <type_traits>
+
 #include "blas/gemm/gemm_impl.h"
 
 namespace zar::gemm {
@@ -85,6 +87,44 @@ template <class T, bool Conj, bool Scale> struct row32 {
   }
 };
 
+// W lines that each run along the depth (element (x, p) at src[p + x ld])
+// into one panel: 128-bit loads along each line and unpacks, for 8-byte
+// elements (double, complex float) two depths at a time, for floats four;
+// alpha (real types) scales as the scalar path does. Returns the depth done;
+// other element types and widths do none.
+template <class T, int W, bool Scale> inline int interleave_lines(const T* src, int ld, int depth, T* d, T alpha) {
+  int p = 0;
+  if constexpr (sizeof(T) == 8 && (W == 2 || W == 4)) {
+    const double* s = reinterpret_cast<const double*>(src);
+    double* o = reinterpret_cast<double*>(d);
+    __m128d al{};
+    if constexpr (Scale) al = _mm_loaddup_pd(reinterpret_cast<const double*>(&alpha));
+    for (; p + 2 <= depth; p += 2)
+      for (int x = 0; x < W; x += 2) {
+        const __m128d r0 = _mm_loadu_pd(s + p + static_cast<long>(x) * ld);
+        const __m128d r1 = _mm_loadu_pd(s + p + static_cast<long>(x + 1) * ld);
+        __m128d lo = _mm_unpacklo_pd(r0, r1), hi = _mm_unpackhi_pd(r0, r1);
+        if constexpr (Scale) lo = _mm_mul_pd(al, lo), hi = _mm_mul_pd(al, hi);
+        _mm_storeu_pd(o + p * W + x, lo);
+        _mm_storeu_pd(o + (p + 1) * W + x, hi);
+      }
+  } else if constexpr (std::is_same_v<T, float> && W == 4) {
+    __m128 al{};
+    if constexpr (Scale) al = _mm_load1_ps(&alpha);
+    for (; p + 4 <= depth; p += 4) {
+      __m128 r0 = _mm_loadu_ps(src + p), r1 = _mm_loadu_ps(src + p + ld);
+      __m128 r2 = _mm_loadu_ps(src + p + 2L * ld), r3 = _mm_loadu_ps(src + p + 3L * ld);
+      _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
+      if constexpr (Scale) r0 = _mm_mul_ps(al, r0), r1 = _mm_mul_ps(al, r1), r2 = _mm_mul_ps(al, r2), r3 = _mm_mul_ps(al, r3);
+      _mm_storeu_ps(d + p * 4, r0);
+      _mm_storeu_ps(d + p * 4 + 4, r1);
+      _mm_storeu_ps(d + p * 4 + 8, r2);
+      _mm_storeu_ps(d + p * 4 + 12, r3);
+    }
+  }
+  return p;
+}
+
 template <class T, int W, bool LineContig, bool Conj, bool Scale>
 void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha) {
   const int kp = round_up(depth, cfg<T>::kr);
@@ -110,7 +150,10 @@ void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha)
   } else {
     for (int x0 = 0; x0 < full; x0 += W) {
       T* d = dst + static_cast<long>(x0 / W) * stride;
-      for (int p = 0; p < depth; ++p)
+      int p = 0;
+      if constexpr (!LineContig && !Conj && (!Scale || !is_complex_v<T>))
+        p = interleave_lines<T, W, Scale>(src + static_cast<long>(x0) * ld, ld, depth, d, alpha);
+      for (; p < depth; ++p)
         for (int x = 0; x < W; ++x) d[p * W + x] = value(x0 + x, p);
     }
   }
