@@ -201,6 +201,7 @@ TEST(Front, ComplexFunctionsAndDotSub) {
   EXPECT_EQ(cs.im, (1 * 0.5f - 2 * 2) + (3 * 1 - -1 * -1));
   const c64 zx[1] = {{3, -4}};
   EXPECT_EQ(dcabs1_(zx), 7);
+  EXPECT_EQ(cblas_dcabs1(zx), 7);
   EXPECT_EQ(cblas_dznrm2(1, zx, 1), 5);
   const zar_dcomplex zd = zdotc_(&one, zx, &one, zx, &one);
   EXPECT_EQ(__real__ zd, 25);

@@ -27,6 +27,8 @@ float cblas_scnrm2(const int N, const void* X, const int incX);
 float cblas_scasum(const int N, const void* X, const int incX);
 double cblas_dznrm2(const int N, const void* X, const int incX);
 double cblas_dzasum(const int N, const void* X, const int incX);
+float cblas_scabs1(const void* z);  /* |Re z| + |Im z| */
+double cblas_dcabs1(const void* z);
 
 /* 0-based index of the largest / smallest magnitude (0 when N < 1 or incX < 1) */
 CBLAS_INDEX cblas_isamax(const int N, const float* X, const int incX);

@@ -231,6 +231,8 @@ ZAR_L1_F77_CDOT(zdotc_, xzdotc, zar::c64, zar_dcomplex)
 #define ZAR_CB_ARGS_SWAP (N, X, incX, Y, incY)
 #define ZAR_CB_SIG_COPY(fn, T, R) void fn(const int N, cvptr<T> X, const int incX, vptr<T> Y, const int incY)
 #define ZAR_CB_ARGS_COPY ZAR_CB_ARGS_SWAP
+#define ZAR_CB_SIG_CABS1(fn, T, R) R fn(const void* z)
+#define ZAR_CB_ARGS_CABS1 (z)
 // sparse vectors (yb: y one element on, see base1)
 #define ZAR_CB_SIG_AXPYI(fn, T, R) void fn(const int nz, cscalar<T> a, cvptr<T> x, const int* indx, vptr<T> y)
 #define ZAR_CB_ARGS_AXPYI (nz, a, x, indx, yb)
@@ -247,30 +249,31 @@ ZAR_L1_F77_CDOT(zdotc_, xzdotc, zar::c64, zar_dcomplex)
 
 // ---- CBLAS over the Fortran interfaces: X(signature, name, Fortran name, element type)
 // clang-format off
-#define ZAR_CB_LIST(X)                                                                                                                                                                                                                                                              \
-  X(AXPY, cblas_saxpy, saxpy_, float)  X(AXPY, cblas_daxpy, daxpy_, double)                                                                                                                                                                                                         \
-  X(AXPY, cblas_caxpy, caxpy_, zar::c32)  X(AXPY, cblas_zaxpy, zaxpy_, zar::c64)                                                                                                                                                                                                    \
-  X(AXPBY, cblas_saxpby, saxpby_, float)  X(AXPBY, cblas_daxpby, daxpby_, double)                                                                                                                                                                                                   \
-  X(                                           AXPBY, cblas_caxpby, caxpby_, zar::c32)  X(AXPBY, cblas_zaxpby, zaxpby_, zar::c64)                                                                                                                                                   \
-  X(DOT, cblas_sdot, sdot_, float)  X(DOT, cblas_ddot, ddot_, double)                                                                                                                                                                                                               \
-  X(DSDOT, cblas_dsdot, dsdot_, float)  X(                  SDSDOT, cblas_sdsdot, sdsdot_, float)                                                                                                                                                                                   \
-  X(NORM, cblas_snrm2, snrm2_, float)  X(NORM, cblas_dnrm2, dnrm2_, double)                                                                                                                                                                                                         \
-  X(NORM, cblas_scnrm2, scnrm2_, zar::c32)  X(                                            NORM, cblas_dznrm2, dznrm2_, zar::c64)                                                                                                                                                    \
-  X(NORM, cblas_sasum, sasum_, float)  X(NORM, cblas_dasum, dasum_, double)                                                                                                                                                                                                         \
-  X(NORM, cblas_scasum, scasum_, zar::c32)  X(NORM, cblas_dzasum, dzasum_, zar::c64)                                                                                                                                                                                                \
-  X(ROT, cblas_srot, srot_, float)  X(                                                ROT, cblas_drot, drot_, double)                                                                                                                                                               \
-  X(ROT, cblas_csrot, csrot_, zar::c32)  X(ROT, cblas_zdrot, zdrot_, zar::c64)                                                                                                                                                                                                      \
-  X(ROTM, cblas_srotm, srotm_, float)  X(ROTM, cblas_drotm, drotm_, double)                                                                                                                                                                                                         \
-  X(ROTG, cblas_srotg, srotg_, float)  X(ROTG, cblas_drotg, drotg_, double)                                                                                                                                                                                                         \
-  X(ROTG, cblas_crotg, crotg_, zar::c32)  X(ROTG, cblas_zrotg, zrotg_, zar::c64)                                                                                                                                                                                                    \
-  X(ROTMG, cblas_srotmg, srotmg_, float)  X(ROTMG, cblas_drotmg, drotmg_, double)                                                                                                                                                                                                   \
-  X(SCAL, cblas_sscal, sscal_, float)  X(SCAL, cblas_dscal, dscal_, double)                                                                                                                                                                                                         \
-  X(SCAL, cblas_cscal, cscal_, zar::c32)  X(SCAL, cblas_zscal, zscal_, zar::c64)                                                                                                                                                                                                    \
-  X(RSCAL, cblas_csscal, csscal_, zar::c32)  X(RSCAL, cblas_zdscal, zdscal_, zar::c64)                                                                                                                                                                                              \
-  X(SWAP, cblas_sswap, sswap_, float)  X(SWAP, cblas_dswap, dswap_, double)                                                                                                                                                                                                         \
-  X(SWAP, cblas_cswap, cswap_, zar::c32)  X(                                                                                   SWAP, cblas_zswap, zswap_, zar::c64)                                                                                                                 \
-  X(COPY, cblas_scopy, scopy_, float)  X(COPY, cblas_dcopy, dcopy_, double)                                                                                                                                                                                                         \
-  X(COPY, cblas_ccopy, ccopy_,                                                                                              zar::c32)  X(COPY, cblas_zcopy,                                                                                                      zcopy_, zar::c64)
+#define ZAR_CB_LIST(X)                                                                 \
+  X(AXPY, cblas_saxpy, saxpy_, float)  X(AXPY, cblas_daxpy, daxpy_, double)            \
+  X(AXPY, cblas_caxpy, caxpy_, zar::c32)  X(AXPY, cblas_zaxpy, zaxpy_, zar::c64)       \
+  X(AXPBY, cblas_saxpby, saxpby_, float)  X(AXPBY, cblas_daxpby, daxpby_, double)      \
+  X(AXPBY, cblas_caxpby, caxpby_, zar::c32)  X(AXPBY, cblas_zaxpby, zaxpby_, zar::c64) \
+  X(DOT, cblas_sdot, sdot_, float)  X(DOT, cblas_ddot, ddot_, double)                  \
+  X(DSDOT, cblas_dsdot, dsdot_, float)  X(SDSDOT, cblas_sdsdot, sdsdot_, float)        \
+  X(NORM, cblas_snrm2, snrm2_, float)  X(NORM, cblas_dnrm2, dnrm2_, double)            \
+  X(NORM, cblas_scnrm2, scnrm2_, zar::c32)  X(NORM, cblas_dznrm2, dznrm2_, zar::c64)   \
+  X(NORM, cblas_sasum, sasum_, float)  X(NORM, cblas_dasum, dasum_, double)            \
+  X(NORM, cblas_scasum, scasum_, zar::c32)  X(NORM, cblas_dzasum, dzasum_, zar::c64)   \
+  X(ROT, cblas_srot, srot_, float)  X(ROT, cblas_drot, drot_, double)                  \
+  X(ROT, cblas_csrot, csrot_, zar::c32)  X(ROT, cblas_zdrot, zdrot_, zar::c64)         \
+  X(ROTM, cblas_srotm, srotm_, float)  X(ROTM, cblas_drotm, drotm_, double)            \
+  X(ROTG, cblas_srotg, srotg_, float)  X(ROTG, cblas_drotg, drotg_, double)            \
+  X(ROTG, cblas_crotg, crotg_, zar::c32)  X(ROTG, cblas_zrotg, zrotg_, zar::c64)       \
+  X(ROTMG, cblas_srotmg, srotmg_, float)  X(ROTMG, cblas_drotmg, drotmg_, double)      \
+  X(SCAL, cblas_sscal, sscal_, float)  X(SCAL, cblas_dscal, dscal_, double)            \
+  X(SCAL, cblas_cscal, cscal_, zar::c32)  X(SCAL, cblas_zscal, zscal_, zar::c64)       \
+  X(RSCAL, cblas_csscal, csscal_, zar::c32)  X(RSCAL, cblas_zdscal, zdscal_, zar::c64) \
+  X(SWAP, cblas_sswap, sswap_, float)  X(SWAP, cblas_dswap, dswap_, double)            \
+  X(SWAP, cblas_cswap, cswap_, zar::c32)  X(SWAP, cblas_zswap, zswap_, zar::c64)       \
+  X(COPY, cblas_scopy, scopy_, float)  X(COPY, cblas_dcopy, dcopy_, double)            \
+  X(COPY, cblas_ccopy, ccopy_, zar::c32)  X(COPY, cblas_zcopy, zcopy_, zar::c64)       \
+  X(CABS1, cblas_scabs1, scabs1_, zar::c32)  X(CABS1, cblas_dcabs1, dcabs1_, zar::c64)
 // clang-format on
 #define ZAR_CB(F, cname, fname, T) \
   ZAR_API ZAR_CB_SIG_##F(cname, T, real_t<T>) { return forward{&fname, false} ZAR_CB_ARGS_##F; }
@@ -303,16 +306,16 @@ ZAR_CB_DOTSUB(cblas_zdotc_sub, xzdotc, zar::c64)
 
 // ---- sparse vectors: X(signature, name, kernel, element type)
 // clang-format off
-#define ZAR_CB_SPARSE_LIST(X)                                                         \
-  X(AXPYI, cblas_saxpyi, saxpyi, float)  X(AXPYI, cblas_daxpyi, daxpyi, double)       \
-  X(AXPYI, cblas_caxpyi, caxpyi, zar::c32)  X(AXPYI, cblas_zaxpyi, zaxpyi, zar::c64)  \
-  X(DOTI, cblas_sdoti, sdoti, float)  X(DOTI, cblas_ddoti, ddoti, double)             \
-  X(GTHR, cblas_sgthr, sgthr, float)  X(GTHR, cblas_dgthr, dgthr, double)             \
-  X(GTHR, cblas_cgthr, cgthr, zar::c32)  X(GTHR, cblas_zgthr, zgthr, zar::c64)        \
-  X(GTHRZ, cblas_sgthrz, sgthrz, float)  X(GTHRZ, cblas_dgthrz, dgthrz, double)       \
-  X(GTHRZ, cblas_cgthrz, cgthrz, zar::c32)  X(GTHRZ, cblas_zgthrz, zgthrz, zar::c64)  \
-  X(SCTR, cblas_ssctr, ssctr, float)  X(SCTR, cblas_dsctr, dsctr, double)             \
-  X(SCTR, cblas_csctr, csctr, zar::c32)  X(SCTR, cblas_zsctr, zsctr, zar::c64)        \
+#define ZAR_CB_SPARSE_LIST(X)                                                        \
+  X(AXPYI, cblas_saxpyi, saxpyi, float)  X(AXPYI, cblas_daxpyi, daxpyi, double)      \
+  X(AXPYI, cblas_caxpyi, caxpyi, zar::c32)  X(AXPYI, cblas_zaxpyi, zaxpyi, zar::c64) \
+  X(DOTI, cblas_sdoti, sdoti, float)  X(DOTI, cblas_ddoti, ddoti, double)            \
+  X(GTHR, cblas_sgthr, sgthr, float)  X(GTHR, cblas_dgthr, dgthr, double)            \
+  X(GTHR, cblas_cgthr, cgthr, zar::c32)  X(GTHR, cblas_zgthr, zgthr, zar::c64)       \
+  X(GTHRZ, cblas_sgthrz, sgthrz, float)  X(GTHRZ, cblas_dgthrz, dgthrz, double)      \
+  X(GTHRZ, cblas_cgthrz, cgthrz, zar::c32)  X(GTHRZ, cblas_zgthrz, zgthrz, zar::c64) \
+  X(SCTR, cblas_ssctr, ssctr, float)  X(SCTR, cblas_dsctr, dsctr, double)            \
+  X(SCTR, cblas_csctr, csctr, zar::c32)  X(SCTR, cblas_zsctr, zsctr, zar::c64)       \
   X(ROTI, cblas_sroti, sroti, float)  X(ROTI, cblas_droti, droti, double)
 // clang-format on
 #define ZAR_CB_SPARSE(F, cname, kernel, T)                   \
