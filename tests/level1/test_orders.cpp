@@ -216,6 +216,10 @@ void check_norm_family(K fast, K cnr, int lanes, bool squares) {
       R expect_cnr = finish(unit_order<Acc>(parts * n, 0, lanes, term_of(r)));
       EXPECT_TRUE(same_bits(fast(&n, x.data(), &one), expect_fast)) << n << " " << off;
       EXPECT_TRUE(same_bits(cnr(&n, x.data(), &one), expect_cnr)) << n << " " << off;
+      {
+        cbwr_scope compatible(ZAR_CBWR_COMPATIBLE);
+        EXPECT_TRUE(same_bits(fast(&n, x.data(), &one), expect_cnr)) << "fast kernel follows the branch";
+      }
       // Strided: one running sum, the same elements for incx and -incx
       // (asum takes |incx|; the norms walk from the far end).
       for (int inc : {3, -3}) {
