@@ -131,32 +131,56 @@ template <class T> void mscale(const int* m, const int* n, const T* beta, T* c, 
   }
 }
 
-// The small path for real types with A not transposed: the rows of C go in
-// vectors (a masked vector for the last few), four columns at a time, so each
-// lane sums its products in depth order as direct_product does.
-template <class R, tr TB>
-void rows_product(int m, int n, int k, R alpha, const R* a, int lda, const R* b, int ldb, bool beta_zero, R* c,
+// The small path with A not transposed: the rows of C go in vectors (a
+// masked vector for the last few), several columns at a time, and each lane
+// sums its products in depth order as direct_product does. Complex columns
+// keep two accumulators, A times the real and A times the imaginary part of
+// B, combined at the end into (rr - ii, ir + ri); a conjugated B subtracts
+// the second, which is adding the negated product.
+template <class T, tr TB>
+void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, bool beta_zero, T* c,
                   int ldc) {
+  using R = real_t<T>;
   using S = simd<R>;
   using V = typename S::V;
-  constexpr int L = S::L;
-  const V al = S::bcast(&alpha);  // from memory: AVX has no broadcast from a register
+  constexpr bool cplx = is_complex_v<T>;
+  constexpr int per = cplx ? 2 : 1;  // reals per element
+  constexpr int L = S::L / per;      // elements per vector
+  // Broadcasts from memory: AVX has no broadcast from a register.
+  const R* al = reinterpret_cast<const R*>(&alpha);
+  const V ar = S::bcast(al), ai = cplx ? S::bcast(al + 1) : S::zero();
   // Rows i .. i+L-1 of columns j .. j+NJ-1; Tail: the last m - i < L rows.
   auto rows = [&]<int NJ, bool Tail>(int i, int j) {
-    const auto mask = Tail ? S::mask(m - i) : __m256i{};
-    auto load = [&](const R* x) { return Tail ? S::maskload(x, mask) : S::loadu(x); };
-    V acc[NJ];
-    for (int q = 0; q < NJ; ++q) acc[q] = S::zero();
-    const R* ap = a + i;
+    const auto mask = Tail ? S::mask((m - i) * per) : __m256i{};
+    auto load = [&](const T* x) {
+      const R* r = reinterpret_cast<const R*>(x);
+      return Tail ? S::maskload(r, mask) : S::loadu(r);
+    };
+    V acc[NJ][per];
+    for (int q = 0; q < NJ; ++q)
+      for (int h = 0; h < per; ++h) acc[q][h] = S::zero();
+    const T* ap = a + i;
     for (int p = 0; p < k; ++p, ap += lda) {
-      const V av = S::mul(al, load(ap));
-      for (int q = 0; q < NJ; ++q) acc[q] = S::add(acc[q], S::mul(av, S::bcast(&op_cols_ref<TB>(b, ldb, p, j + q))));
+      const V x = load(ap);
+      V av;
+      if constexpr (cplx) av = S::addsub(S::mul(x, ar), S::mul(S::swap_pairs(x), ai));
+      else av = S::mul(ar, x);
+      for (int q = 0; q < NJ; ++q) {
+        const R* bq = reinterpret_cast<const R*>(&op_cols_ref<TB>(b, ldb, p, j + q));
+        acc[q][0] = S::add(acc[q][0], S::mul(av, S::bcast(bq)));
+        if constexpr (cplx) {
+          if constexpr (TB == tr::c) acc[q][1] = S::sub(acc[q][1], S::mul(av, S::bcast(bq + 1)));
+          else acc[q][1] = S::add(acc[q][1], S::mul(av, S::bcast(bq + 1)));
+        }
+      }
     }
     for (int q = 0; q < NJ; ++q) {
-      R* cq = c + static_cast<long>(j + q) * ldc + i;
-      const V v = beta_zero ? acc[q] : S::add(load(cq), acc[q]);
-      if constexpr (Tail) S::maskstore(cq, mask, v);
-      else S::storeu(cq, v);
+      T* cq = c + static_cast<long>(j + q) * ldc + i;
+      V v = acc[q][0];
+      if constexpr (cplx) v = S::addsub(acc[q][0], S::swap_pairs(acc[q][1]));
+      if (!beta_zero) v = S::add(load(cq), v);
+      if constexpr (Tail) S::maskstore(reinterpret_cast<R*>(cq), mask, v);
+      else S::storeu(reinterpret_cast<R*>(cq), v);
     }
   };
   const int whole = m / L * L;
@@ -164,9 +188,12 @@ void rows_product(int m, int n, int k, R alpha, const R* a, int lda, const R* b,
     for (int i = 0; i < whole; i += L) rows.template operator()<NJ, false>(i, j);
     if (whole < m) rows.template operator()<NJ, true>(whole, j);
   };
+  // Four accumulators in the registers; the last columns together, so that A
+  // is read once more only.
+  constexpr int NJ = 4 / per;
   int j = 0;
-  for (; j + 4 <= n; j += 4) columns.template operator()<4>(j);
-  switch (n - j) {  // the last columns together, so that A is read once more only
+  for (; j + NJ <= n; j += NJ) columns.template operator()<NJ>(j);
+  switch (n - j) {
     case 3: columns.template operator()<3>(j); break;
     case 2: columns.template operator()<2>(j); break;
     case 1: columns.template operator()<1>(j); break;
@@ -189,7 +216,7 @@ void pst(const char* ta, const char* tb, const int* m, const int* n, const int* 
   }
   with_trans(trans_of(ta), [&]<tr TA>() {
     with_trans(trans_of(tb), [&]<tr TB>() {
-      if constexpr (!is_complex_v<T> && TA == tr::n)
+      if constexpr (TA == tr::n)
         rows_product<T, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
       else
         direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);

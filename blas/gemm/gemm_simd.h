@@ -20,6 +20,7 @@ template <> struct simd<double> {
   static V bcast(const double* p) { return _mm256_broadcast_sd(p); }
   static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
   static V add(V a, V b) { return _mm256_add_pd(a, b); }
+  static V sub(V a, V b) { return _mm256_sub_pd(a, b); }
   static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
   static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
   // Lanes below `count` on, the others off.
@@ -40,6 +41,7 @@ template <> struct simd<float> {
   static V bcast(const float* p) { return _mm256_broadcast_ss(p); }
   static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
   static V add(V a, V b) { return _mm256_add_ps(a, b); }
+  static V sub(V a, V b) { return _mm256_sub_ps(a, b); }
   static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
   static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
   static __m256i mask(int count) {
