@@ -157,6 +157,7 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
       return Tail ? S::maskload(r, mask) : S::loadu(r);
     };
     V acc[NJ][per];
+#pragma GCC unroll 4
     for (int q = 0; q < NJ; ++q)
       for (int h = 0; h < per; ++h) acc[q][h] = S::zero();
     const T* ap = a + i;
@@ -165,6 +166,8 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
       V av;
       if constexpr (cplx) av = S::addsub(S::mul(x, ar), S::mul(S::swap_pairs(x), ai));
       else av = S::mul(ar, x);
+      // Unrolled, so that the accumulators stay in registers.
+#pragma GCC unroll 4
       for (int q = 0; q < NJ; ++q) {
         const R* bq = reinterpret_cast<const R*>(&op_cols_ref<TB>(b, ldb, p, j + q));
         acc[q][0] = S::add(acc[q][0], S::mul(av, S::bcast(bq)));
@@ -174,6 +177,7 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
         }
       }
     }
+#pragma GCC unroll 4
     for (int q = 0; q < NJ; ++q) {
       T* cq = c + static_cast<long>(j + q) * ldc + i;
       V v = acc[q][0];
