@@ -10,35 +10,15 @@
 namespace zar::l1 {
 namespace {
 
-// A unit-stride body: one(i) for a single element, vec(i) for a vector's worth.
-template <class One, class Vec>
-struct body {
-  One one;
-  Vec vec;
-};
-template <class One, class Vec>
-body(One, Vec) -> body<One, Vec>;
-
-// alpha * v for a vector v of elements of T (real or interleaved complex),
-// with a = alpha's real part broadcast and b = its imaginary part (complex).
+// alpha * v for a vector v of elements of T (real or interleaved complex).
+// The broadcasts are loop-invariant and leave the loops once inlined.
 template <class T, class V, class W = vec<real_t<T>>>
-inline V scale_vec(V a, V b, V v) {
+inline V scale_vec(T alpha, V v) {
   if constexpr (is_complex_v<T>)
-    return W::addsub(W::mul(a, v), W::mul(b, W::swap_pairs(v)));
+    return W::addsub(W::mul(W::set1(alpha.re), v), W::mul(W::set1(alpha.im), W::swap_pairs(v)));
   else
-    return W::mul(a, v);
+    return W::mul(W::set1(alpha), v);
 }
-template <class T>
-struct scalar_vecs {
-  using W = vec<real_t<T>>;
-  typename W::V a, b;
-  explicit scalar_vecs(T alpha) {
-    if constexpr (is_complex_v<T>)
-      a = W::set1(alpha.re), b = W::set1(alpha.im);
-    else
-      a = W::set1(alpha), b = W::zero();
-  }
-};
 
 // ---- axpy
 // incy = 0: every update falls on y_0, summed with sixteen partial sums,
@@ -72,13 +52,12 @@ void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
   if (n <= 0 || is_zero(alpha)) return;
   if (incx == 1 && incy == 1) {
     using W = vec<real_t<T>>;
-    const scalar_vecs<T> a(alpha);
-    stream_unit(n, y,
+    stream_unit(n, y, 2,
                 body{[=](int i) { y[i] = add(y[i], mul(alpha, x[i])); },
-                     [=](int i) {
+                     [=](int i, auto m) {
                        auto* yr = reinterpret_cast<real_t<T>*>(y + i);
                        const auto* xr = reinterpret_cast<const real_t<T>*>(x + i);
-                       W::store(yr, W::add(W::load(yr), scale_vec<T>(a.a, a.b, W::load(xr))));
+                       m.store(yr, W::add(m.load(yr), scale_vec(alpha, m.load(xr))));
                      }});
     return;
   }
@@ -117,15 +96,13 @@ void scal(int n, S alpha, T* x, int incx) {
     const int step = incx < 0 ? -incx : incx;
     for (int k = 0; k < n; ++k) x[k * step].re = alpha * x[k * step].re, x[k * step].im = alpha * x[k * step].im;
   } else {
-    using W = vec<real_t<T>>;
     const int step = incx < 0 ? -incx : incx;
     if (step == 1) {
-      const scalar_vecs<T> a(alpha);
-      stream_unit(n, x,
+      stream_unit(n, x, 1,
                   body{[=](int i) { x[i] = mul(alpha, x[i]); },
-                       [=](int i) {
+                       [=](int i, auto m) {
                          auto* xr = reinterpret_cast<real_t<T>*>(x + i);
-                         W::store(xr, scale_vec<T>(a.a, a.b, W::load(xr)));
+                         m.store(xr, scale_vec(alpha, m.load(xr)));
                        }});
       return;
     }
@@ -156,13 +133,12 @@ void rot(int n, T* x, int incx, T* y, int incy, real_t<T> c, real_t<T> s) {
       return rot<R>(2 * n, reals(x), 1, reals(y), 1, c, s);
     } else {
       using W = vec<R>;
-      const auto vc = W::set1(c), vs = W::set1(s);
-      stream_unit(n, x,
+      stream_unit(n, x, 2,
                   body{[=](int i) { rot_pair(x[i], y[i], c, s); },
-                       [=](int i) {
-                         const auto xv = W::load(x + i), yv = W::load(y + i);
-                         W::store(x + i, W::add(W::mul(vc, xv), W::mul(vs, yv)));
-                         W::store(y + i, W::sub(W::mul(vc, yv), W::mul(vs, xv)));
+                       [=](int i, auto m) {
+                         const auto xv = m.load(x + i), yv = m.load(y + i), vc = W::set1(c), vs = W::set1(s);
+                         m.store(x + i, W::add(W::mul(vc, xv), W::mul(vs, yv)));
+                         m.store(y + i, W::sub(W::mul(vc, yv), W::mul(vs, xv)));
                        }});
       return;
     }
@@ -218,18 +194,18 @@ template <class T>
 void swap(int n, T* x, int incx, T* y, int incy) {
   if (n < 1) return;
   if (incx == 1 && incy == 1) {
-    stream_unit(n, y,
+    stream_unit(n, y, 2,
                 body{[=](int i) {
                        const T t = x[i];
                        x[i] = y[i];
                        y[i] = t;
                      },
-                     [=](int i) {
+                     [=](int i, auto m) {
                        auto* xp = reinterpret_cast<float*>(x + i);
                        auto* yp = reinterpret_cast<float*>(y + i);
-                       const __m256 t = _mm256_loadu_ps(xp);
-                       _mm256_storeu_ps(xp, _mm256_loadu_ps(yp));
-                       _mm256_storeu_ps(yp, t);
+                       const __m256 t = m.load(xp);
+                       m.store(xp, m.load(yp));
+                       m.store(yp, t);
                      }});
     return;
   }
@@ -245,11 +221,10 @@ template <class T>
 void copy(int n, const T* x, int incx, T* y, int incy) {
   if (n < 1) return;
   if (incx == 1 && incy == 1) {
-    stream_unit(n, y,
+    stream_unit(n, y, 2,
                 body{[=](int i) { y[i] = x[i]; },
-                     [=](int i) {
-                       _mm256_storeu_ps(reinterpret_cast<float*>(y + i),
-                                        _mm256_loadu_ps(reinterpret_cast<const float*>(x + i)));
+                     [=](int i, auto m) {
+                       m.store(reinterpret_cast<float*>(y + i), m.load(reinterpret_cast<const float*>(x + i)));
                      }});
     return;
   }

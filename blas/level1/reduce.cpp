@@ -16,10 +16,10 @@ namespace {
 
 // L elements of T from p as a vector of Acc (single data widened to double
 // four at a time).
-template <class Acc, class T>
-inline typename vec<Acc>::V load_as(const T* p) {
+template <class Acc, class T, class Access>
+inline typename vec<Acc>::V load_as(const T* p, Access m) {
   if constexpr (std::is_same_v<Acc, T>)
-    return vec<T>::load(p);
+    return m.load(p);
   else
     return _mm256_cvtps_pd(_mm_loadu_ps(p));
 }
@@ -29,12 +29,9 @@ inline typename vec<Acc>::V load_as(const T* p) {
 template <class Acc, class T>
 Acc dot_unit(int n, int peel, const T* x, const T* y) {
   using W = vec<Acc>;
-  struct op {
-    const T *x, *y;
-    Acc one(int i) const { return static_cast<Acc>(x[i]) * static_cast<Acc>(y[i]); }
-    typename W::V vec(int i) const { return W::mul(load_as<Acc>(x + i), load_as<Acc>(y + i)); }
-  };
-  return reduce_unit<Acc>(n, peel, op{x, y});
+  return reduce_unit<Acc>(n, peel, 2.0 * n * sizeof(T),
+                          body{[=](int i) { return static_cast<Acc>(x[i]) * static_cast<Acc>(y[i]); },
+                               [=](int i, auto m) { return W::mul(load_as<Acc>(x + i, m), load_as<Acc>(y + i, m)); }});
 }
 
 // Other increments: eight partial sums (a_k takes the products of elements
@@ -74,17 +71,14 @@ cx<R> dot_complex(int n, const cx<R>* x, int incx, const cx<R>* y, int incy) {
   auto term = [](cx<R> a, cx<R> b) { return conjugate ? cmulc(a, b) : cmul(a, b); };
   if (n < 1) return cx<R>{0, 0};
   if (incx == 1 && incy == 1) {
-    struct op {
-      const cx<R>*x, *y;
-      decltype(term) t;
-      cx<R> one(int i) const { return t(x[i], y[i]); }
-      typename W::V vec(int i) const {
-        const auto xv = W::load(reals(x + i)), yv = W::load(reals(y + i));
-        const auto t1 = W::mul(W::dup_re(xv), yv), t2 = W::mul(W::dup_im(xv), W::swap_pairs(yv));
-        return W::addsub(t1, conjugate ? W::neg(t2) : t2);
-      }
-    };
-    return reduce_unit<cx<R>>(n, 0, op{x, y, term});
+    return reduce_unit<cx<R>>(n, 0, 2.0 * n * sizeof(cx<R>),
+                              body{[=](int i) { return term(x[i], y[i]); },
+                                   [=](int i, auto m) {
+                                     const auto xv = m.load(reals(x + i)), yv = m.load(reals(y + i));
+                                     const auto t1 = W::mul(W::dup_re(xv), yv);
+                                     const auto t2 = W::mul(W::dup_im(xv), W::swap_pairs(yv));
+                                     return W::addsub(t1, conjugate ? W::neg(t2) : t2);
+                                   }});
   }
   cx<R> s{0, 0};
   const strided<const cx<R>> xs(x, n, incx), ys(y, n, incy);
@@ -127,15 +121,12 @@ float snrm2(int n, const T* x, int incx) {
   constexpr int parts = is_complex_v<T> ? 2 : 1;
   double s = 0;
   if (incx == 1) {
-    struct op {
-      const float* r;
-      double one(int i) const { return static_cast<double>(r[i]) * static_cast<double>(r[i]); }
-      W::V vec(int i) const {
-        const W::V v = load_as<double>(r + i);
-        return W::mul(v, v);
-      }
-    };
-    s = reduce_unit<double>(parts * n, V::peel(r), op{r});
+    s = reduce_unit<double>(parts * n, V::peel(r), double(parts) * n * sizeof(float),
+                            body{[=](int i) { return static_cast<double>(r[i]) * static_cast<double>(r[i]); },
+                                 [=](int i, auto m) {
+                                   const W::V v = load_as<double>(r + i, m);
+                                   return W::mul(v, v);
+                                 }});
   } else {
     const strided<const T> xs(x, n, incx);
     for (int k = 0; k < n; ++k) {
@@ -155,13 +146,11 @@ real_t<T> asum(int n, const T* x, int incx) {
   if (n < 1) return 0;
   const int step = incx < 0 ? -incx : incx;
   if (step == 1) {
-    struct op {
-      const R* r;
-      R one(int i) const { return std::fabs(r[i]); }
-      typename W::V vec(int i) const { return W::abs(W::load(r + i)); }
-    };
     const R* r = reinterpret_cast<const R*>(x);
-    return reduce_unit<R>((is_complex_v<T> ? 2 : 1) * n, V::peel(r), op{r});
+    const int parts = (is_complex_v<T> ? 2 : 1) * n;
+    return reduce_unit<R>(
+        parts, V::peel(r), double(parts) * sizeof(R),
+        body{[=](int i) { return std::fabs(r[i]); }, [=](int i, auto m) { return W::abs(m.load(r + i)); }});
   }
   R s = 0;
   for (int k = 0; k < n; ++k) {

@@ -98,6 +98,46 @@ struct vec<float> {
 template <class T>
 inline constexpr int per_vec = static_cast<int>(32 / sizeof(T));
 
+// ---- memory access of the vector bodies. In cache, whole 32-byte accesses
+// are fastest; streaming from memory, two 16-byte halves per vector move more
+// bytes per second on the processors this library targets. Both give the
+// same register contents, so the choice never changes a result.
+struct wide_access {
+  template <class R>
+  static auto load(const R* p) {
+    return vec<R>::load(p);
+  }
+  template <class R, class V>
+  static void store(R* p, V v) {
+    vec<R>::store(p, v);
+  }
+};
+struct narrow_access {
+  static __m256d load(const double* p) {
+    return _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(p)), _mm_loadu_pd(p + 2), 1);
+  }
+  static __m256 load(const float* p) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(p)), _mm_loadu_ps(p + 4), 1);
+  }
+  static void store(double* p, __m256d v) {
+    _mm_storeu_pd(p, _mm256_castpd256_pd128(v));
+    _mm_storeu_pd(p + 2, _mm256_extractf128_pd(v, 1));
+  }
+  static void store(float* p, __m256 v) {
+    _mm_storeu_ps(p, _mm256_castps256_ps128(v));
+    _mm_storeu_ps(p + 4, _mm256_extractf128_ps(v, 1));
+  }
+};
+
+// Whether a call moving `bytes` streams from memory: more than the last-level
+// cache holds (as the core answers; never when nothing is known).
+inline bool streams_from_memory(double bytes) {
+  if (bytes < (1 << 20)) return false;
+  long long record[ZAR_CACHE_RECORD_ENTRIES];
+  zar_serv_cache_info(record);
+  return record[0] != 0 && bytes > static_cast<double>(record[3]);
+}
+
 // ---- complex arithmetic written out (one rounding per product and per sum)
 template <class R>
 inline cx<R> cmul(cx<R> a, cx<R> b) {
@@ -166,6 +206,16 @@ struct cnr {
 struct conj {};   // complex products with x conjugated
 struct plain {};  // the one form of a kernel
 
+// A unit-stride body for the walkers below: one(i) for a single element,
+// vec(i, access) for a vector's worth.
+template <class One, class Vec>
+struct body {
+  One one;
+  Vec vec;
+};
+template <class One, class Vec>
+body(One, Vec) -> body<One, Vec>;
+
 // ---- walkers
 
 // A strided vector: element k at p[start + k * inc], with the
@@ -179,27 +229,34 @@ struct strided {
 };
 
 // Unit-stride streaming update of n elements. Op::one(i) updates element i,
-// Op::vec(i) the per_vec<T> elements from i. When n covers the peel plus one
-// block, single elements are taken until the written vector w reaches a
-// 32-byte boundary (none when it cannot, as for complex data 8 bytes off a
-// 16-byte boundary), then blocks of four vectors, then single vectors, then
-// single elements. Element-wise updates give the same bits on every path.
-template <class T, class Op>
-inline void stream_unit(int n, const T* w, Op op) {
+// Op::vec(i, access) the per_vec<T> elements from i through the access
+// policy. When n covers the peel plus one block, single elements are taken
+// until the written vector w reaches a 32-byte boundary (none when it cannot,
+// as for complex data 8 bytes off a 16-byte boundary), then blocks of four
+// vectors, then single vectors, then single elements. Element-wise updates
+// give the same bits on every path. `vectors` is the number of vectors the
+// call reads or writes (for the choice of access).
+template <class T, class Op, class Access>
+inline void stream_unit_with(int n, const T* w, Op op, Access m) {
   constexpr int E = per_vec<T>;
   const int peel = std::max(peel_to_32(w), 0);
   int i = 0;
   if (n >= peel + 4 * E) {
     for (; i < peel; ++i) op.one(i);
     for (; i + 4 * E <= n; i += 4 * E) {
-      op.vec(i);
-      op.vec(i + E);
-      op.vec(i + 2 * E);
-      op.vec(i + 3 * E);
+      op.vec(i, m);
+      op.vec(i + E, m);
+      op.vec(i + 2 * E, m);
+      op.vec(i + 3 * E, m);
     }
-    for (; i + E <= n; i += E) op.vec(i);
+    for (; i + E <= n; i += E) op.vec(i, m);
   }
   for (; i < n; ++i) op.one(i);
+}
+template <class T, class Op>
+inline void stream_unit(int n, const T* w, int vectors, Op op) {
+  if (streams_from_memory(double(n) * sizeof(T) * vectors)) return stream_unit_with(n, w, op, narrow_access{});
+  stream_unit_with(n, w, op, wide_access{});
 }
 
 // Unit-stride reduction of n elements into Acc (real, or complex summed part
@@ -209,10 +266,11 @@ inline void stream_unit(int n, const T* w, Op op) {
 // sums, vector g into partial sum g mod 4; these combine lane-wise as
 // (a0 + a1) + (a2 + a3), then horizontally (vec::hsum, or vec::hsum_pairs
 // for complex lanes), and the total is s + that sum. The remaining elements
-// are added one by one. Op::one(i) gives element i's term as Acc, Op::vec(i)
-// the terms of the L elements from i as a vector.
-template <class Acc, class Op>
-inline Acc reduce_unit(int n, int peel, Op op) {
+// are added one by one. Op::one(i) gives element i's term as Acc,
+// Op::vec(i, access) the terms of the L elements from i as a vector, read
+// through the access policy.
+template <class Acc, class Op, class Access>
+inline Acc reduce_unit_with(int n, int peel, Op op, Access m) {
   using W = vec<real_t<Acc>>;
   constexpr int L = per_vec<Acc>;
   if (peel > n) peel = n;
@@ -224,25 +282,25 @@ inline Acc reduce_unit(int n, int peel, Op op) {
     typename W::V a0 = W::zero(), a1 = W::zero(), a2 = W::zero(), a3 = W::zero();
     int g = 0;
     for (; g + 8 <= nv; g += 8, i += 8 * L) {
-      a0 = W::add(a0, op.vec(i));
-      a1 = W::add(a1, op.vec(i + L));
-      a2 = W::add(a2, op.vec(i + 2 * L));
-      a3 = W::add(a3, op.vec(i + 3 * L));
-      a0 = W::add(a0, op.vec(i + 4 * L));
-      a1 = W::add(a1, op.vec(i + 5 * L));
-      a2 = W::add(a2, op.vec(i + 6 * L));
-      a3 = W::add(a3, op.vec(i + 7 * L));
+      a0 = W::add(a0, op.vec(i, m));
+      a1 = W::add(a1, op.vec(i + L, m));
+      a2 = W::add(a2, op.vec(i + 2 * L, m));
+      a3 = W::add(a3, op.vec(i + 3 * L, m));
+      a0 = W::add(a0, op.vec(i + 4 * L, m));
+      a1 = W::add(a1, op.vec(i + 5 * L, m));
+      a2 = W::add(a2, op.vec(i + 6 * L, m));
+      a3 = W::add(a3, op.vec(i + 7 * L, m));
     }
     if (g + 4 <= nv) {
-      a0 = W::add(a0, op.vec(i));
-      a1 = W::add(a1, op.vec(i + L));
-      a2 = W::add(a2, op.vec(i + 2 * L));
-      a3 = W::add(a3, op.vec(i + 3 * L));
+      a0 = W::add(a0, op.vec(i, m));
+      a1 = W::add(a1, op.vec(i + L, m));
+      a2 = W::add(a2, op.vec(i + 2 * L, m));
+      a3 = W::add(a3, op.vec(i + 3 * L, m));
       g += 4, i += 4 * L;
     }
-    if (g < nv) a0 = W::add(a0, op.vec(i)), ++g, i += L;
-    if (g < nv) a1 = W::add(a1, op.vec(i)), ++g, i += L;
-    if (g < nv) a2 = W::add(a2, op.vec(i)), ++g, i += L;
+    if (g < nv) a0 = W::add(a0, op.vec(i, m)), ++g, i += L;
+    if (g < nv) a1 = W::add(a1, op.vec(i, m)), ++g, i += L;
+    if (g < nv) a2 = W::add(a2, op.vec(i, m)), ++g, i += L;
     const typename W::V v = W::add(W::add(a0, a1), W::add(a2, a3));
     if constexpr (is_complex_v<Acc>)
       s = add(s, W::hsum_pairs(v));
@@ -251,6 +309,12 @@ inline Acc reduce_unit(int n, int peel, Op op) {
   }
   for (; i < n; ++i) s = add(s, op.one(i));
   return s;
+}
+// `bytes` is what the call reads (for the choice of access).
+template <class Acc, class Op>
+inline Acc reduce_unit(int n, int peel, double bytes, Op op) {
+  if (streams_from_memory(bytes)) return reduce_unit_with<Acc>(n, peel, op, narrow_access{});
+  return reduce_unit_with<Acc>(n, peel, op, wide_access{});
 }
 
 }  // namespace zar::l1
