@@ -36,10 +36,11 @@ struct aligned {
 // ---- streaming loops (n a multiple of 16) on 256-bit or 128-bit vectors;
 // on some processors the narrower accesses stream faster, so the bench takes
 // the better of the two as the machine's bandwidth.
-template <class V>
+template <int Bits>
 struct lanes;
 template <>
-struct lanes<__m256d> {
+struct lanes<256> {
+  using V = __m256d;
   static constexpr int L = 4;
   static __m256d zero() { return _mm256_setzero_pd(); }
   static __m256d set1(double a) { return _mm256_set1_pd(a); }
@@ -49,7 +50,8 @@ struct lanes<__m256d> {
   static __m256d mul(__m256d a, __m256d b) { return _mm256_mul_pd(a, b); }
 };
 template <>
-struct lanes<__m128d> {
+struct lanes<128> {
+  using V = __m128d;
   static constexpr int L = 2;
   static __m128d zero() { return _mm_setzero_pd(); }
   static __m128d set1(double a) { return _mm_set1_pd(a); }
@@ -60,7 +62,7 @@ struct lanes<__m128d> {
 };
 
 // sum of a (and of b when given), four vector sums
-template <class V, class W = lanes<V>>
+template <int Bits, class W = lanes<Bits>, class V = typename W::V>
 double stream_read(const double* a, const double* b, int n) {
   V s[4] = {W::zero(), W::zero(), W::zero(), W::zero()};
   for (int i = 0; i < n; i += 4 * W::L)
@@ -75,7 +77,7 @@ double stream_read(const double* a, const double* b, int n) {
   return t;
 }
 // y := y + x (x null: y := s y)
-template <class V, class W = lanes<V>>
+template <int Bits, class W = lanes<Bits>, class V = typename W::V>
 void stream_update(const double* x, double* y, double s, int n) {
   const V f = W::set1(s);
   for (int i = 0; i < n; i += 2 * W::L)
@@ -123,23 +125,21 @@ void run() {
   };
   const std::function<double()> bw_read2 = [&] {
     return best_of(
-        2 * bytes, [&] { sink = stream_read<__m256d>(x.p, y.p, nmax); },
-        [&] { sink = stream_read<__m128d>(x.p, y.p, nmax); });
+        2 * bytes, [&] { sink = stream_read<256>(x.p, y.p, nmax); }, [&] { sink = stream_read<128>(x.p, y.p, nmax); });
   };
   const std::function<double()> bw_read1 = [&] {
     return best_of(
-        bytes, [&] { sink = stream_read<__m256d>(x.p, nullptr, nmax); },
-        [&] { sink = stream_read<__m128d>(x.p, nullptr, nmax); });
+        bytes, [&] { sink = stream_read<256>(x.p, nullptr, nmax); },
+        [&] { sink = stream_read<128>(x.p, nullptr, nmax); });
   };
   const std::function<double()> bw_update = [&] {
     return best_of(
-        3 * bytes, [&] { stream_update<__m256d>(x.p, y.p, 1, nmax); },
-        [&] { stream_update<__m128d>(x.p, y.p, 1, nmax); });
+        3 * bytes, [&] { stream_update<256>(x.p, y.p, 1, nmax); }, [&] { stream_update<128>(x.p, y.p, 1, nmax); });
   };
   const std::function<double()> bw_scale = [&] {
     return best_of(
-        2 * bytes, [&] { stream_update<__m256d>(nullptr, y.p, (flip ^= 1) ? 2.0 : 0.5, nmax); },
-        [&] { stream_update<__m128d>(nullptr, y.p, (flip ^= 1) ? 2.0 : 0.5, nmax); });
+        2 * bytes, [&] { stream_update<256>(nullptr, y.p, (flip ^= 1) ? 2.0 : 0.5, nmax); },
+        [&] { stream_update<128>(nullptr, y.p, (flip ^= 1) ? 2.0 : 0.5, nmax); });
   };
   {
     bench::table tab(
