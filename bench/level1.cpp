@@ -3,7 +3,7 @@
 // Fortran entries of zar, OpenBLAS (serial) and the reference BLAS for i386.
 // Arrays are 64-byte aligned and reused for every repetition (warm caches).
 // zar runs on one thread, and once more on two ("zar 2T"), where the
-// element-wise front ends divide vectors of 131072 elements or more.
+// element-wise front ends divide vectors of 524288 elements or more.
 //
 // Each routine shows GFLOP/s (daxpy, ddot, dnrm2 2n flops; dscal n; idamax n
 // magnitude comparisons) and zar's GB/s (bytes each element needs: daxpy 24,

@@ -216,7 +216,7 @@ using namespace l1t;
 // Long vectors are divided among threads by the front ends; every element is
 // computed alone, so the result must be the one of a single kernel call.
 TEST(Front, ThreadedPartsGiveTheSameBits) {
-  const int n = 300001;
+  const int n = 600001;
   zar_set_num_threads(2);
   std::mt19937 g(41);
   for (auto [incx, incy] : {std::pair{1, 1}, {-2, 3}, {2, -1}}) {

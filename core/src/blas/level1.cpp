@@ -86,7 +86,7 @@ E* part_of(E* v, int s, int len, int inc, int n) {
 // number of threads. body(s, len) runs the part [s, s + len).
 template <class Body>
 void in_parts(int n, Body body) {
-  constexpr int grain = 1 << 16;
+  constexpr int grain = 1 << 18;
   const int nt = n >= 2 * grain ? std::min(max_threads(), n / grain) : 1;
   if (nt <= 1) return body(0, n);
   parallel(nt, [&](int tid, int nth) {
