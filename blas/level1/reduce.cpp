@@ -29,9 +29,13 @@ inline typename vec<Acc>::V load_as(const T* p, Access m) {
 template <class Acc, class T>
 Acc dot_unit(int n, int peel, const T* x, const T* y) {
   using W = vec<Acc>;
-  return reduce_unit<Acc>(n, peel, 2.0 * n * sizeof(T),
-                          body{[=](int i) { return static_cast<Acc>(x[i]) * static_cast<Acc>(y[i]); },
-                               [=](int i, auto m) { return W::mul(load_as<Acc>(x + i, m), load_as<Acc>(y + i, m)); }});
+  auto one = [=](int i) { return static_cast<Acc>(x[i]) * static_cast<Acc>(y[i]); };
+  auto vec = [=](int i, auto m) { return W::mul(load_as<Acc>(x + i, m), load_as<Acc>(y + i, m)); };
+  if constexpr (std::is_same_v<Acc, T>)
+    return reduce_unit<Acc>(n, peel, 2.0 * n * sizeof(T),
+                            body_halves{one, vec, [=](int i, auto h) { return h.mul(h.load(x + i), h.load(y + i)); }});
+  else
+    return reduce_unit<Acc>(n, peel, 2.0 * n * sizeof(T), body{one, vec});
 }
 
 // Other increments: eight partial sums (a_k takes the products of elements
@@ -150,7 +154,8 @@ real_t<T> asum(int n, const T* x, int incx) {
     const int parts = (is_complex_v<T> ? 2 : 1) * n;
     return reduce_unit<R>(
         parts, V::peel(r), double(parts) * sizeof(R),
-        body{[=](int i) { return std::fabs(r[i]); }, [=](int i, auto m) { return W::abs(m.load(r + i)); }});
+        body_halves{[=](int i) { return std::fabs(r[i]); }, [=](int i, auto m) { return W::abs(m.load(r + i)); },
+                    [=](int i, auto h) { return h.abs(h.load(r + i)); }});
   }
   R s = 0;
   for (int k = 0; k < n; ++k) {

@@ -129,6 +129,32 @@ struct narrow_access {
   }
 };
 
+// 16-byte vectors, for reductions streaming from memory: their partial sums
+// are kept as pairs of halves, lane for lane the same sums as the 32-byte
+// ones.
+template <class R>
+struct half;
+template <>
+struct half<double> {
+  using V = __m128d;
+  static V load(const double* p) { return _mm_loadu_pd(p); }
+  static V zero() { return _mm_setzero_pd(); }
+  static V add(V a, V b) { return _mm_add_pd(a, b); }
+  static V mul(V a, V b) { return _mm_mul_pd(a, b); }
+  static V abs(V a) { return _mm_andnot_pd(_mm_set1_pd(-0.0), a); }
+  static __m256d join(V lo, V hi) { return _mm256_insertf128_pd(_mm256_castpd128_pd256(lo), hi, 1); }
+};
+template <>
+struct half<float> {
+  using V = __m128;
+  static V load(const float* p) { return _mm_loadu_ps(p); }
+  static V zero() { return _mm_setzero_ps(); }
+  static V add(V a, V b) { return _mm_add_ps(a, b); }
+  static V mul(V a, V b) { return _mm_mul_ps(a, b); }
+  static V abs(V a) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), a); }
+  static __m256 join(V lo, V hi) { return _mm256_insertf128_ps(_mm256_castps128_ps256(lo), hi, 1); }
+};
+
 // Whether a call moving `bytes` streams from memory: more than the last-level
 // cache holds (as the core answers; never when nothing is known).
 inline bool streams_from_memory(double bytes) {
@@ -215,6 +241,16 @@ struct body {
 };
 template <class One, class Vec>
 body(One, Vec) -> body<One, Vec>;
+// The same with half(i, h): the terms of half a vector from i on the 16-byte
+// vectors h (see half), for reductions that stream from memory.
+template <class One, class Vec, class Half>
+struct body_halves {
+  One one;
+  Vec vec;
+  Half half;
+};
+template <class One, class Vec, class Half>
+body_halves(One, Vec, Half) -> body_halves<One, Vec, Half>;
 
 // ---- walkers
 
@@ -311,9 +347,55 @@ inline Acc reduce_unit_with(int n, int peel, Op op, Access m) {
   return s;
 }
 // `bytes` is what the call reads (for the choice of access).
+// The engine with every partial sum kept as two 16-byte halves: vector g's
+// low half goes into the low half of partial sum g mod 4, its high half into
+// the high half, so every lane receives the same additions in the same order
+// as above and the result has the same bits.
+template <class Acc, class Op>
+inline Acc reduce_unit_halves(int n, int peel, Op op) {
+  using W = vec<real_t<Acc>>;
+  using H = half<real_t<Acc>>;
+  constexpr int L = per_vec<Acc>, HL = L / 2;
+  if (peel > n) peel = n;
+  Acc s = zero_of<Acc>();
+  int i = 0;
+  for (; i < peel; ++i) s = add(s, op.one(i));
+  const int nv = (n - peel) / L;
+  if (nv > 0) {
+    typename H::V lo[4] = {H::zero(), H::zero(), H::zero(), H::zero()};
+    typename H::V hi[4] = {H::zero(), H::zero(), H::zero(), H::zero()};
+    int g = 0;
+    for (; g + 4 <= nv; g += 4, i += 4 * L)
+      for (int k = 0; k < 4; ++k) {
+        lo[k] = H::add(lo[k], op.half(i + k * L, H{}));
+        hi[k] = H::add(hi[k], op.half(i + k * L + HL, H{}));
+      }
+    for (int k = 0; g < nv; ++g, ++k, i += L) {
+      lo[k] = H::add(lo[k], op.half(i, H{}));
+      hi[k] = H::add(hi[k], op.half(i + HL, H{}));
+    }
+    typename W::V a[4];
+    for (int k = 0; k < 4; ++k) a[k] = H::join(lo[k], hi[k]);
+    const typename W::V v = W::add(W::add(a[0], a[1]), W::add(a[2], a[3]));
+    if constexpr (is_complex_v<Acc>)
+      s = add(s, W::hsum_pairs(v));
+    else
+      s = s + W::hsum(v);
+  }
+  for (; i < n; ++i) s = add(s, op.one(i));
+  return s;
+}
+
+// `bytes` is what the call reads: from memory the accesses are narrow, and
+// bodies that offer half(i, h) run on 16-byte vectors throughout.
 template <class Acc, class Op>
 inline Acc reduce_unit(int n, int peel, double bytes, Op op) {
-  if (streams_from_memory(bytes)) return reduce_unit_with<Acc>(n, peel, op, narrow_access{});
+  if (streams_from_memory(bytes)) {
+    if constexpr (requires { op.half; })
+      return reduce_unit_halves<Acc>(n, peel, op);
+    else
+      return reduce_unit_with<Acc>(n, peel, op, narrow_access{});
+  }
   return reduce_unit_with<Acc>(n, peel, op, wide_access{});
 }
 

@@ -272,12 +272,18 @@ TEST(Orders, StreamingAccessKeepsTheBits) {
   buffer<c64> zx(n, 0), zy(n, 1);
   std::mt19937 g(43);
   fill(x.data(), n, g), fill(y.data(), n, g), fill(zx.data(), n, g), fill(zy.data(), n, g);
+  const int nf = 2 * n;
+  buffer<float> fx(nf, 3), fy(nf, 5);
+  fill(fx.data(), nf, g), fill(fy.data(), nf, g);
   const double alpha = 0.25, c = 0.6, s = 0.8;
   auto run = [&] {
     std::vector<double> out;
     out.push_back(zar_blas_avx_xddot(&n, x.data(), &one, y.data(), &one));
     out.push_back(zar_blas_avx_xddot_cnr(&n, x.data(), &one, y.data(), &one));
     out.push_back(zar_blas_avx_xdasum(&n, x.data(), &one));
+    out.push_back(zar_blas_avx_xsdot(&nf, fx.data(), &one, fy.data(), &one));
+    out.push_back(zar_blas_avx_xsasum(&nf, fx.data(), &one));
+    out.push_back(zar_blas_avx_xdsdot(&nf, fx.data(), &one, fy.data(), &one));
     const c64 z = zar_blas_avx_xzdotc(&n, zx.data(), &one, zy.data(), &one);
     out.push_back(z.re), out.push_back(z.im);
     std::vector<double> yy(y.data(), y.data() + n), xx(x.data(), x.data() + n);
