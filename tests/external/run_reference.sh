@@ -8,14 +8,17 @@
 set -u
 lib=$1 program=$2 input=${3:-}
 [ -x "$program" ] || { echo "missing test program $program (package libblas-test:i386)"; exit 1; }
+# ZAR_TEST_PRELOAD: a library preloaded into the 32-bit program only (this
+# script's own 64-bit helpers could not load it).
+preload=${ZAR_TEST_PRELOAD:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 if [ -n "$input" ]; then
   cp "$input" input.in
-  LD_LIBRARY_PATH=$lib ZAR_KERNEL_PATH=$lib timeout 600 "$program" < input.in > stdout.txt 2>&1
+  timeout 600 env LD_PRELOAD="$preload" LD_LIBRARY_PATH="$lib" ZAR_KERNEL_PATH="$lib" "$program" < input.in > stdout.txt 2>&1
 else
-  LD_LIBRARY_PATH=$lib ZAR_KERNEL_PATH=$lib timeout 600 "$program" > stdout.txt 2>&1 < /dev/null
+  timeout 600 env LD_PRELOAD="$preload" LD_LIBRARY_PATH="$lib" ZAR_KERNEL_PATH="$lib" "$program" > stdout.txt 2>&1 < /dev/null
 fi
 rc=$?
 report=$(cat stdout.txt; for f in *.out *.SUMM; do [ -f "$f" ] && cat "$f"; done 2>/dev/null)
