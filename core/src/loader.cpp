@@ -3,6 +3,7 @@
 // by name. Every refusal says what is wrong and where; the check for AVX runs
 // before the file is mapped, so no AVX code can run on a processor without it.
 #include <dlfcn.h>
+#include <limits.h>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -32,13 +33,9 @@ loader_state& state() {
 }
 
 std::string core_directory() {
-  Dl_info info{};
-  if (dladdr(reinterpret_cast<void*>(&zar_core_path), &info) && info.dli_fname) {
-    std::string p = info.dli_fname;
-    const auto slash = p.rfind('/');
-    return slash == std::string::npos ? std::string(".") : p.substr(0, slash);
-  }
-  return ".";
+  const std::string p = zar_core_path();
+  const auto slash = p.rfind('/');
+  return slash == std::string::npos ? std::string(".") : p.substr(0, slash);
 }
 
 std::string default_path() {
@@ -137,11 +134,14 @@ ZAR_API void* zar_kernel_symbol(const char* name) {
   return s.handle ? dlsym(s.handle, name) : nullptr;
 }
 
+// The file the core was loaded from, with links and ".." resolved, so that
+// the kernel library is looked for in the core's real directory.
 ZAR_API const char* zar_core_path(void) {
   static const std::string p = [] {
     Dl_info info{};
-    return (dladdr(reinterpret_cast<void*>(&zar_core_path), &info) && info.dli_fname) ? std::string(info.dli_fname)
-                                                                                        : std::string();
+    if (!dladdr(reinterpret_cast<void*>(&zar_core_path), &info) || !info.dli_fname) return std::string();
+    char resolved[PATH_MAX];
+    return std::string(realpath(info.dli_fname, resolved) ? resolved : info.dli_fname);
   }();
   return p.c_str();
 }
