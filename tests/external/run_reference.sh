@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
 # Runs one reference BLAS test program on zar and judges its report.
-# Usage: run_reference.sh <zar lib dir> <program> [<input file>]
+# Usage: run_reference.sh <zar lib dir> <program> [<input file> [<runtime>]]
+# <runtime>: a library to load first (the sanitizer runtime of a sanitized build).
 # The Level-2 and Level-3 programs read their parameters from an input file
 # on standard input and write a summary file named in it; Level-1 programs
 # print to standard output. A run fails when the program exits non-zero,
 # stops early, or reports a failed test or a failed error-exit check.
 set -u
-lib=$1 program=$2 input=${3:-}
+lib=$1 program=$2 input=${3:-} runtime=${4:-}
 [ -x "$program" ] || { echo "missing test program $program (package libblas-test:i386)"; exit 1; }
 # ZAR_TEST_PRELOAD: a library preloaded into the 32-bit program only (this
 # script's own 64-bit helpers could not load it).
-preload=${ZAR_TEST_PRELOAD:-}
+preload="$runtime ${ZAR_TEST_PRELOAD:-}"
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
