@@ -36,6 +36,22 @@ TEST(Contract, LoadsWithASubstituteCore) {
   EXPECT_EQ(std::string(where.dli_fname), std::string(SUBST_DIR) + "/libzar_core.so.2");
   EXPECT_EQ(count_loaded(REAL_CORE), 0) << "zar's own core was loaded";
 
+  // A kernel with a reproducible twin asks the substitute for the branch.
+  auto* calls = static_cast<int*>(dlsym(h, "subst_calls"));
+  auto* branch = static_cast<int*>(dlsym(h, "subst_cbwr_answer"));
+  auto dot = reinterpret_cast<double (*)(const int*, const double*, const int*, const double*, const int*)>(
+      dlsym(h, "zar_blas_avx_xddot"));
+  ASSERT_NE(calls, nullptr);
+  ASSERT_NE(branch, nullptr);
+  ASSERT_NE(dot, nullptr);
+  const double x[5] = {1, 2, 3, 4, 5}, y[5] = {6, 7, 8, 9, 10};
+  const int n = 5, one = 1;
+  for (int answer : {1, 3}) {
+    *branch = answer;
+    const int before = *calls;
+    EXPECT_EQ(dot(&n, x, &one, y, &one), 130.0) << answer;
+    EXPECT_GT(*calls, before) << "the kernel did not reach the substitute's services";
+  }
   dlclose(h);
 }
 
