@@ -154,7 +154,7 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
     const auto mask = Tail ? S::mask((m - i) * per) : __m256i{};
     auto load = [&](const T* x) {
       const R* r = reinterpret_cast<const R*>(x);
-      return Tail ? S::maskload(r, mask) : S::loadu(r);
+      return Tail ? S::maskload(r, mask) : S::load(r);
     };
     V acc[NJ][per];
 #pragma GCC unroll 4
@@ -184,7 +184,7 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
       if constexpr (cplx) v = S::addsub(acc[q][0], S::swap_pairs(acc[q][1]));
       if (!beta_zero) v = S::add(load(cq), v);
       if constexpr (Tail) S::maskstore(reinterpret_cast<R*>(cq), mask, v);
-      else S::storeu(reinterpret_cast<R*>(cq), v);
+      else S::store(reinterpret_cast<R*>(cq), v);
     }
   };
   const int whole = m / L * L;

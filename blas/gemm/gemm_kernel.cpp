@@ -101,8 +101,8 @@ template <class T, bool B0> inline void store_full(block<real_of<T>> blk, T* c, 
   const int nc = columns<T>(blk);
   for (int j = 0; j < nc; ++j) {
     auto* cj = reinterpret_cast<real_of<T>*>(c + static_cast<long>(j) * ldc);
-    if constexpr (B0) S::storeu(cj, blk.v[j]);
-    else S::storeu(cj, S::add(S::loadu(cj), blk.v[j]));
+    if constexpr (B0) S::store(cj, blk.v[j]);
+    else S::store(cj, S::add(S::load(cj), blk.v[j]));
   }
 }
 
@@ -111,7 +111,7 @@ template <class T, bool B0> inline void store_part(block<real_of<T>> blk, T* c, 
   using S = vec_of<T>;
   columns<T>(blk);
   alignas(32) T t[4][cfg<T>::mr];
-  for (int j = 0; j < cfg<T>::nr; ++j) S::storeu(reinterpret_cast<real_of<T>*>(t[j]), blk.v[j]);
+  for (int j = 0; j < cfg<T>::nr; ++j) S::store(reinterpret_cast<real_of<T>*>(t[j]), blk.v[j]);
   for (int j = 0; j < cols; ++j) {
     T* cj = c + static_cast<long>(j) * ldc;
     for (int i = 0; i < rows; ++i) cj[i] = B0 ? t[j][i] : add(cj[i], t[j][i]);

@@ -1,59 +1,16 @@
-// Vector helpers and the packers of the GEMM engine (kernel library only:
-// AVX code).
+// The packers of the GEMM engine, on the shared AVX vectors (kernel
+// library only).
 #pragma once
 #include <immintrin.h>
 
 #include <type_traits>
 
 #include "blas/gemm/gemm_impl.h"
+#include "zar/avx.h"
 
 namespace zar::gemm {
 
-template <class R> struct simd;
-template <> struct simd<double> {
-  using V = __m256d;
-  static constexpr int L = 4;
-  static V zero() { return _mm256_setzero_pd(); }
-  static V load(const double* p) { return _mm256_load_pd(p); }
-  static V loadu(const double* p) { return _mm256_loadu_pd(p); }
-  static void storeu(double* p, V v) { _mm256_storeu_pd(p, v); }
-  static V bcast(const double* p) { return _mm256_broadcast_sd(p); }
-  static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
-  static V add(V a, V b) { return _mm256_add_pd(a, b); }
-  static V sub(V a, V b) { return _mm256_sub_pd(a, b); }
-  static V swap_pairs(V v) { return _mm256_permute_pd(v, 0x5); }
-  static V addsub(V a, V b) { return _mm256_addsub_pd(a, b); }
-  // Lanes below `count` on, the others off.
-  static __m256i mask(int count) {
-    return _mm256_setr_epi64x(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0);
-  }
-  static V maskload(const double* p, __m256i m) { return _mm256_maskload_pd(p, m); }
-  static void maskstore(double* p, __m256i m, V v) { _mm256_maskstore_pd(p, m, v); }
-  static V flip_odd(V v) { return _mm256_xor_pd(v, _mm256_setr_pd(0.0, -0.0, 0.0, -0.0)); }
-};
-template <> struct simd<float> {
-  using V = __m256;
-  static constexpr int L = 8;
-  static V zero() { return _mm256_setzero_ps(); }
-  static V load(const float* p) { return _mm256_load_ps(p); }
-  static V loadu(const float* p) { return _mm256_loadu_ps(p); }
-  static void storeu(float* p, V v) { _mm256_storeu_ps(p, v); }
-  static V bcast(const float* p) { return _mm256_broadcast_ss(p); }
-  static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
-  static V add(V a, V b) { return _mm256_add_ps(a, b); }
-  static V sub(V a, V b) { return _mm256_sub_ps(a, b); }
-  static V swap_pairs(V v) { return _mm256_permute_ps(v, 0xB1); }
-  static V addsub(V a, V b) { return _mm256_addsub_ps(a, b); }
-  static __m256i mask(int count) {
-    return _mm256_setr_epi32(count > 0 ? -1 : 0, count > 1 ? -1 : 0, count > 2 ? -1 : 0, count > 3 ? -1 : 0,
-                             count > 4 ? -1 : 0, count > 5 ? -1 : 0, count > 6 ? -1 : 0, count > 7 ? -1 : 0);
-  }
-  static V maskload(const float* p, __m256i m) { return _mm256_maskload_ps(p, m); }
-  static void maskstore(float* p, __m256i m, V v) { _mm256_maskstore_ps(p, m, v); }
-  static V flip_odd(V v) {
-    return _mm256_xor_ps(v, _mm256_setr_ps(0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f));
-  }
-};
+template <class R> using simd = zar::avx<R>;
 
 // ---- packing
 // A block is cut into panels of W lines (W = mr rows of op(A), or nr columns
@@ -79,13 +36,13 @@ template <class T, bool Conj, bool Scale> struct row32 {
     else ar = S::bcast(&alpha);
   }
   void operator()(const T* src, T* dst) const {
-    auto x = S::loadu(reinterpret_cast<const R*>(src));
+    auto x = S::load(reinterpret_cast<const R*>(src));
     if constexpr (Conj && is_complex_v<T>) x = S::flip_odd(x);
     if constexpr (Scale) {
       if constexpr (is_complex_v<T>) x = S::addsub(S::mul(x, ar), S::mul(S::swap_pairs(x), ai));
       else x = S::mul(x, ar);
     }
-    S::storeu(reinterpret_cast<R*>(dst), x);
+    S::store(reinterpret_cast<R*>(dst), x);
   }
 };
 
