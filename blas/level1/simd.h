@@ -221,6 +221,18 @@ inline void stream_unit(int n, const T* w, int vectors, Op op) {
   stream_unit_with(n, w, op, wide_access{});
 }
 
+// s + the four vector partial sums, combined lane-wise as (a0 + a1) +
+// (a2 + a3) and then horizontally (hsum, or hsum_pairs for complex lanes).
+template <class Acc, class V>
+inline Acc fold_partials(Acc s, V a0, V a1, V a2, V a3) {
+  using W = vec<real_t<Acc>>;
+  const V v = W::add(W::add(a0, a1), W::add(a2, a3));
+  if constexpr (is_complex_v<Acc>)
+    return add(s, W::hsum_pairs(v));
+  else
+    return s + W::hsum(v);
+}
+
 // Unit-stride reduction of n elements into Acc (real, or complex summed part
 // by part). The first `peel` elements (the fast path's steps to a 32-byte
 // boundary; 0 for the `_cnr` twins) are added one by one to s. The following
@@ -263,16 +275,11 @@ inline Acc reduce_unit_with(int n, int peel, Op op, Access m) {
     if (g < nv) a0 = W::add(a0, op.vec(i, m)), ++g, i += L;
     if (g < nv) a1 = W::add(a1, op.vec(i, m)), ++g, i += L;
     if (g < nv) a2 = W::add(a2, op.vec(i, m)), ++g, i += L;
-    const typename W::V v = W::add(W::add(a0, a1), W::add(a2, a3));
-    if constexpr (is_complex_v<Acc>)
-      s = add(s, W::hsum_pairs(v));
-    else
-      s = s + W::hsum(v);
+    s = fold_partials<Acc>(s, a0, a1, a2, a3);
   }
   for (; i < n; ++i) s = add(s, op.one(i));
   return s;
 }
-// `bytes` is what the call reads (for the choice of access).
 // The engine with every partial sum kept as two 16-byte halves: vector g's
 // low half goes into the low half of partial sum g mod 4, its high half into
 // the high half, so every lane receives the same additions in the same order
@@ -302,11 +309,7 @@ inline Acc reduce_unit_halves(int n, int peel, Op op) {
     }
     typename W::V a[4];
     for (int k = 0; k < 4; ++k) a[k] = H::join(lo[k], hi[k]);
-    const typename W::V v = W::add(W::add(a[0], a[1]), W::add(a[2], a[3]));
-    if constexpr (is_complex_v<Acc>)
-      s = add(s, W::hsum_pairs(v));
-    else
-      s = s + W::hsum(v);
+    s = fold_partials<Acc>(s, a[0], a[1], a[2], a[3]);
   }
   for (; i < n; ++i) s = add(s, op.one(i));
   return s;
