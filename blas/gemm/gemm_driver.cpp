@@ -49,12 +49,7 @@ template <class T> void set_blks_size(int mb, int nb, int kb, desc<T>* d) { d->m
 // kb from k, mb from the last-level cache, nb from n; each only when still 0.
 template <class T> void get_blks_size(const int* m, const int* n, const int* k, desc<T>* d) {
   using c = cfg<T>;
-  if (d->kb == 0) {
-    const int kk = *k;
-    if (kk < 256) d->kb = imax(round_up(kk, c::kr), 128);
-    else if (kk > 256 && kk < 512) d->kb = round_up(kk / 2, c::kr);
-    else d->kb = 256;
-  }
+  if (d->kb == 0) d->kb = depth_block<T>(*k);
   if (d->mb == 0) {
     long long rec[ZAR_CACHE_RECORD_ENTRIES] = {};
     zar_serv_cache_info(rec);
@@ -218,12 +213,20 @@ void pst(const char* ta, const char* tb, const int* m, const int* n, const int* 
     if (is_zero(be)) mscale(m, n, &be, c, ldc);
     return;
   }
+  // The depth in the blocked path's blocks, each block's sum added into C, so
+  // that an element has the same bits whichever path computes it.
+  const int kb = depth_block<T>(*k);
+  const bool a_n = opt_upper(ta) == 'N', b_n = opt_upper(tb) == 'N';
   with_trans(trans_of(ta), [&]<tr TA>() {
     with_trans(trans_of(tb), [&]<tr TB>() {
-      if constexpr (TA == tr::n)
-        rows_product<T, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
-      else
-        direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *lda, b, *ldb, is_zero(be), c, *ldc);
+      for (int p0 = 0; p0 < *k; p0 += kb) {
+        const int kk = imin(kb, *k - p0);
+        const T* ap = a_n ? at(a, 0, p0, *lda) : offset(a, p0);
+        const T* bp = b_n ? offset(b, p0) : at(b, 0, p0, *ldb);
+        const bool b0 = p0 == 0 && is_zero(be);
+        if constexpr (TA == tr::n) rows_product<T, TB>(*m, *n, kk, *alpha, ap, *lda, bp, *ldb, b0, c, *ldc);
+        else direct_product<T, TA, TB>(*m, *n, kk, *alpha, ap, *lda, bp, *ldb, b0, c, *ldc);
+      }
     });
   });
 }

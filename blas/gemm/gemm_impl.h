@@ -45,6 +45,15 @@ inline constexpr int round_up(int x, int to) { return (x + to - 1) / to * to; }
 inline constexpr int imin(int a, int b) { return a < b ? a : b; }
 inline constexpr int imax(int a, int b) { return a > b ? a : b; }
 
+// The depth block for an inner dimension k: every path of the engine sums
+// over blocks of this depth (k below 256: one block; 257 to 511: two
+// halves; otherwise 256).
+template <class T> inline constexpr int depth_block(int k) {
+  if (k < 256) return imax(round_up(k, cfg<T>::kr), 128);
+  if (k > 256 && k < 512) return round_up(k / 2, cfg<T>::kr);
+  return 256;
+}
+
 // ---- element arithmetic
 template <class R> inline R mul(R a, R b) { return a * b; }
 template <class R> inline cx<R> mul(cx<R> a, cx<R> b) {

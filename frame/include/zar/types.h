@@ -1,5 +1,6 @@
 // Element types and their traits, shared by every family.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 
 namespace zar {
@@ -51,5 +52,17 @@ inline constexpr char opt_upper(const char* c) { return static_cast<char>(*c & ~
 inline constexpr std::ptrdiff_t vec_start(int n, int inc) {
   return inc < 0 ? static_cast<std::ptrdiff_t>(1 - n) * inc : 0;
 }
+
+// a + off elements. The offset is formed in 64-bit arithmetic and added as
+// an unsigned byte count, so that an array spanning more than 2 GiB of the
+// address space (a large leading dimension or increment) never forms a
+// wrapped, negative 32-bit offset. For block and column starts, not inner
+// loops.
+template <class T> inline T* offset(T* a, long long off) {
+  return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(a) +
+                              static_cast<std::uintptr_t>(off * static_cast<long long>(sizeof(T))));
+}
+// Element (i, j) of a column-major matrix with leading dimension ld.
+template <class T> inline T* at(T* a, long long i, long long j, long long ld) { return offset(a, i + j * ld); }
 
 }  // namespace zar
