@@ -7,6 +7,7 @@
 
 #include "cblas.h"
 #include "gemm_test.h"
+#include "reference_blas.h"
 
 extern "C" int RowMajorStrg;
 
@@ -159,27 +160,6 @@ TYPED_TEST(Front, ThreadedSplitGivesOneThreadBits) {
   }
 }
 
-// zar against the reference BLAS (Debian's libblas3 for i386, which carries
-// the reference CBLAS too), through both interfaces and both layouts. The
-// summation orders differ, so the results agree to a rounding bound.
-class Reference {
- public:
-  // Deep binding keeps the peer's CBLAS calling the peer's own Fortran
-  // routines; the address sanitizer cannot run with it, so that build skips.
-  Reference() {
-#if !defined(__SANITIZE_ADDRESS__)
-    h_ = dlopen("/usr/lib/i386-linux-gnu/blas/libblas.so.3", RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
-#endif
-  }
-  ~Reference() {
-    if (h_) dlclose(h_);
-  }
-  template <class F> F sym(const char* s) const { return h_ ? reinterpret_cast<F>(dlsym(h_, s)) : nullptr; }
-
- private:
-  void* h_ = nullptr;
-};
-
 template <class T> double magnitude(T x) {
   if constexpr (is_cx<T>) return std::abs(x.re) + std::abs(x.im);
   else return std::abs(x);
@@ -189,10 +169,12 @@ template <class T> double distance(T x, T y) {
   else return std::abs(x - y);
 }
 
+// zar against the reference BLAS through both interfaces and both layouts.
+// The summation orders differ, so the results agree to a rounding bound.
 TYPED_TEST(Front, AgreesWithTheReferenceBlas) {
   using T = TypeParam;
   using R = typename real_of<T>::type;
-  static const Reference ref;
+  static const zar_test::ReferenceBlas ref;
   using fortran_fn = void (*)(const char*, const char*, const int*, const int*, const int*, const T*, const T*,
                               const int*, const T*, const int*, const T*, T*, const int*);
   const std::string f_name = std::string(1, api<T>::letter) + "gemm_";
