@@ -238,6 +238,28 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
     }
   }
 
+  // B's block (kk rows, cols columns) into the panel, lines along the
+  // vectors (Back: the other way). Eight columns of B at a time, so that
+  // both sides are walked along their cache lines.
+  template <bool Back> static void transpose(int cols, int kk, T* bb, int ldb, T* p, int ldp) {
+    constexpr int G = 8;
+    int r0 = 0;
+    for (; r0 + G <= cols; r0 += G) {
+      T* src[G];
+      for (int r = 0; r < G; ++r) src[r] = bb + static_cast<long>(r0 + r) * ldb;
+      for (int t = 0; t < kk; ++t)
+        for (int r = 0; r < G; ++r) {
+          if constexpr (Back) src[r][t] = p[r0 + r + t * ldp];
+          else p[r0 + r + t * ldp] = src[r][t];
+        }
+    }
+    for (int r = r0; r < cols; ++r)
+      for (int t = 0; t < kk; ++t) {
+        if constexpr (Back) bb[t + static_cast<long>(r) * ldb] = p[r + t * ldp];
+        else p[r + t * ldp] = bb[t + static_cast<long>(r) * ldb];
+      }
+  }
+
   // The diagonal block of size kk at k0.
   void diagonal(int k0, int kk) const {
     const T* d = at(a, k0, k0, lda);
@@ -259,11 +281,9 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
       for (int c0 = 0; c0 < n; c0 += cw) {
         const int cols = imin(cw, n - c0);
         T* bb = at(b, k0, c0, ldb);
-        for (int r = 0; r < cols; ++r)
-          for (int t = 0; t < kk; ++t) pbuf[r + t * cw] = bb[t + static_cast<long>(r) * ldb];
+        transpose<false>(cols, kk, bb, ldb, pbuf, cw);
         panel_kernel<T, O, Up, Unit>(cols, kk, pbuf, cw, w, nb);
-        for (int r = 0; r < cols; ++r)
-          for (int t = 0; t < kk; ++t) bb[t + static_cast<long>(r) * ldb] = pbuf[r + t * cw];
+        transpose<true>(cols, kk, bb, ldb, pbuf, cw);
       }
     }
   }
