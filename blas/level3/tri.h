@@ -47,6 +47,10 @@ template <class T> struct block {
   static constexpr int cw = 64;
 };
 
+template <class T> inline T minus_one() {
+  if constexpr (is_complex_v<T>) return T{-1, 0};
+  else return T(-1);
+}
 template <class R> inline R sub(R a, R b) { return a - b; }
 template <class R> inline cx<R> sub(cx<R> a, cx<R> b) { return {a.re - b.re, a.im - b.im}; }
 
@@ -246,18 +250,20 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
     int r0 = 0;
     for (; r0 + G <= cols; r0 += G) {
       T* src[G];
-      for (int r = 0; r < G; ++r) src[r] = bb + static_cast<long>(r0 + r) * ldb;
+      for (int r = 0; r < G; ++r) src[r] = at(bb, 0, r0 + r, ldb);
       for (int t = 0; t < kk; ++t)
         for (int r = 0; r < G; ++r) {
           if constexpr (Back) src[r][t] = p[r0 + r + t * ldp];
           else p[r0 + r + t * ldp] = src[r][t];
         }
     }
-    for (int r = r0; r < cols; ++r)
+    for (int r = r0; r < cols; ++r) {
+      T* col = at(bb, 0, r, ldb);
       for (int t = 0; t < kk; ++t) {
-        if constexpr (Back) bb[t + static_cast<long>(r) * ldb] = p[r + t * ldp];
-        else p[r + t * ldp] = bb[t + static_cast<long>(r) * ldb];
+        if constexpr (Back) col[t] = p[r + t * ldp];
+        else p[r + t * ldp] = col[t];
       }
+    }
   }
 
   // The diagonal block of size kk at k0.
@@ -313,10 +319,7 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
     const int t0 = Up ? k0 + k1 : k0, kt = Up ? k2 : k1;
     if constexpr (O == op::solve) {
       run(s0, ks);
-      T minus_one = one<T>();
-      if constexpr (is_complex_v<T>) minus_one.re = -1;
-      else minus_one = -1;
-      update(t0, kt, s0, ks, minus_one);
+      update(t0, kt, s0, ks, minus_one<T>());
       run(t0, kt);
     } else {
       run(t0, kt);

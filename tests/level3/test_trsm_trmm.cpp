@@ -70,7 +70,8 @@ TYPED_TEST(Tri, LinesSolvedApartGiveTheSameBits) {
   for (bool solve : {true, false}) {
     const tri_fn<T> fn = solve ? api<T>::trsm : api<T>::trmm;
     each_case([&](char s, char u, char t, char d) {
-      const int k = 300, other = 37, cut = 13;
+      // parts of 1 (the engine's unblocked path), 12 and 24 lines
+      const int k = 300, other = 37, cuts[] = {0, 1, 13, other};
       const int m = rows_of(s, k, other), n = cols_of(s, k, other);
       auto a = triangle<T>(k, u, d, ++seed);
       guarded<T> whole(m, n), parts(m, n);
@@ -78,13 +79,10 @@ TYPED_TEST(Tri, LinesSolvedApartGiveTheSameBits) {
       parts.v = whole.v;
       const char o[] = {s, u, t, d};
       fn(o, o + 1, o + 2, o + 3, &m, &n, &alpha, a.data(), &a.ld, whole.data(), &whole.ld);
-      const int rest = other - cut;
-      if (s == 'L') {
-        fn(o, o + 1, o + 2, o + 3, &m, &cut, &alpha, a.data(), &a.ld, parts.data(), &parts.ld);
-        fn(o, o + 1, o + 2, o + 3, &m, &rest, &alpha, a.data(), &a.ld, &parts(0, cut), &parts.ld);
-      } else {
-        fn(o, o + 1, o + 2, o + 3, &cut, &n, &alpha, a.data(), &a.ld, parts.data(), &parts.ld);
-        fn(o, o + 1, o + 2, o + 3, &rest, &n, &alpha, a.data(), &a.ld, &parts(cut, 0), &parts.ld);
+      for (int p = 0; p + 1 < 4; ++p) {
+        const int first = cuts[p], lines = cuts[p + 1] - first;
+        if (s == 'L') fn(o, o + 1, o + 2, o + 3, &m, &lines, &alpha, a.data(), &a.ld, &parts(0, first), &parts.ld);
+        else fn(o, o + 1, o + 2, o + 3, &lines, &n, &alpha, a.data(), &a.ld, &parts(first, 0), &parts.ld);
       }
       ASSERT_TRUE(same_bits(whole, parts)) << (solve ? "trsm " : "trmm ") << s << u << t << d;
     });
