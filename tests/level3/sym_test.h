@@ -59,10 +59,6 @@ template <class T> bool same_bits(const T& a, const T& b) { return std::memcmp(&
 template <class T> bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
-template <class T> double mag(T x) {
-  if constexpr (cplx<T>) return std::abs(x.re) + std::abs(x.im);
-  else return std::abs(x);
-}
 template <class T> double dist(T x, T y) {
   if constexpr (cplx<T>) return std::abs(x.re - y.re) + std::abs(x.im - y.im);
   else return std::abs(x - y);
@@ -129,6 +125,17 @@ using complex_types = testing::Types<c32, c64>;
 template <class T> T& el(std::vector<T>& x, int i, int j, int ld) { return x[i + static_cast<size_t>(j) * ld]; }
 template <class T> const T& el(const std::vector<T>& x, int i, int j, int ld) {
   return x[i + static_cast<size_t>(j) * ld];
+}
+
+// A problem's result when the next allocation fails (the drivers' path
+// without a work area) against its ordinary result, bit for bit.
+template <class P> void expect_same_bits_without_work_area(const P& p) {
+  auto whole = p.c, starved = p.c;
+  p.run(whole);
+  zar_fail_allocation(1);
+  p.run(starved);
+  zar_fail_allocation(0);
+  EXPECT_TRUE(same_bits(starved, whole)) << p.label();
 }
 
 }  // namespace symt
