@@ -89,9 +89,10 @@ template <class T> class Gemm3m : public testing::Test {};
 TYPED_TEST_SUITE(Gemm3m, complex_types);
 
 // Calls f(shape) for every option pair and the shapes: below the size where
-// the method is used, and across its 256-blocks of rows, columns and depth.
+// the method is used, and across its blocks of rows and columns (512) and
+// of the depth (256).
 template <class F> void each_3m_shape(F f) {
-  const int sizes[][3] = {{1, 1, 1}, {31, 40, 50}, {40, 33, 32}, {300, 70, 520}, {257, 260, 40}};
+  const int sizes[][3] = {{1, 1, 1}, {31, 40, 50}, {40, 33, 32}, {300, 70, 520}, {520, 40, 257}, {33, 530, 40}};
   for (char ta : std::string("NTC"))
     for (char tb : std::string("NTC"))
       for (auto& z : sizes) f(shape{ta, tb, z[0], z[1], z[2], 0.75, -1.25});
