@@ -95,19 +95,15 @@ void cdotusub_(const int* n, const void* x, const int* incx, const void* y, cons
 void cdotcsub_(const int* n, const void* x, const int* incx, const void* y, const int* incy, void* dot);
 void zdotusub_(const int* n, const void* x, const int* incx, const void* y, const int* incy, void* dot);
 void zdotcsub_(const int* n, const void* x, const int* incx, const void* y, const int* incy, void* dot);
-#define ZAR_BLAS1_SUB_DECL(fn, T, R) void fn##sub_(const int* n, const T* x, const int* incx, R* result);
-ZAR_BLAS1_SUB_DECL(snrm2, float, float)
-ZAR_BLAS1_SUB_DECL(dnrm2, double, double)
-ZAR_BLAS1_SUB_DECL(scnrm2, void, float)
-ZAR_BLAS1_SUB_DECL(dznrm2, void, double)
-ZAR_BLAS1_SUB_DECL(sasum, float, float)
-ZAR_BLAS1_SUB_DECL(dasum, double, double)
-ZAR_BLAS1_SUB_DECL(scasum, void, float)
-ZAR_BLAS1_SUB_DECL(dzasum, void, double)
-ZAR_BLAS1_SUB_DECL(isamax, float, int)
-ZAR_BLAS1_SUB_DECL(idamax, double, int)
-ZAR_BLAS1_SUB_DECL(icamax, void, int)
-ZAR_BLAS1_SUB_DECL(izamax, void, int)
+/* p: the prefix of nrm2/asum (s, d, sc, dz), l: the letter of i?amax */
+#define ZAR_BLAS1_SUB_DECL(p, l, T, R)                                    \
+  void p##nrm2sub_(const int* n, const T* x, const int* incx, R* result); \
+  void p##asumsub_(const int* n, const T* x, const int* incx, R* result); \
+  void i##l##amaxsub_(const int* n, const T* x, const int* incx, int* result);
+ZAR_BLAS1_SUB_DECL(s, s, float, float)
+ZAR_BLAS1_SUB_DECL(d, d, double, double)
+ZAR_BLAS1_SUB_DECL(sc, c, void, float)
+ZAR_BLAS1_SUB_DECL(dz, z, void, double)
 #undef ZAR_BLAS1_SUB_DECL
 void scabs1sub_(const void* z, float* result);
 void dcabs1sub_(const void* z, double* result);

@@ -48,30 +48,42 @@ int triangle_cut(bool upper, int n, int tid, int np) {
   return std::clamp(static_cast<int>(b), 0, n);
 }
 
-// whole(): the one-thread driver; range(first, last): the per-thread body.
-template <class Whole, class Range> void triangle_columns(const char* uplo, int n, double work, Whole whole, Range range) {
+// A triangle update of C (n x n): the one-thread driver whole(args...), or
+// per thread the body range(args..., &first, &last) on its columns.
+template <class Whole, class Range, class... Args>
+void triangle_update(const char* uplo, int n, double work, Whole whole, Range range, Args... args) {
   const int parts = std::min(max_threads(), n / 16);
-  if (parts < 2 || work < threaded_min_work) return whole();
+  if (parts < 2 || work < threaded_min_work) return whole(args...);
   const bool upper = is(uplo, 'U');
   parallel(parts, [&](int tid, int np) {
     const int first = triangle_cut(upper, n, tid, np), last = triangle_cut(upper, n, tid + 1, np);
-    if (first < last) range(first, last);
+    if (first < last) range(args..., &first, &last);
   });
 }
 
 }  // namespace
+
+// The operations with a side: B/C (m x n) splits into columns (side left)
+// or rows (side right), A (of the side's order) is shared. body(pm, pn, part)
+// gets a part's sizes and part(x, ld), the part's start in B or C. The work
+// is `scale` times order^2 times the other size.
+template <class T, class Body> void side_parts(const char* side, const int* m, const int* n, double scale, Body body) {
+  const bool left = is(side, 'L');
+  const double order = left ? *m : *n, other = left ? *n : *m;
+  parts_of_16(left ? *n : *m, real_work<T>(scale * order * order * other), [&](int lo, int hi) {
+    const int len = hi - lo;
+    const auto part = [&](auto* x, const int* ld) { return left ? zar::at(x, 0, lo, *ld) : zar::offset(x, lo); };
+    body(left ? m : &len, left ? &len : n, part);
+  });
+}
 
 template <class T, bool Solve> void run_trsm(ZAR_L3_TRSM_ARGS(T)) {
   const auto k = [] {
     if constexpr (Solve) return kern<T>::trsm();
     else return kern<T>::trmm();
   }();
-  const bool left = is(side, 'L');
-  const double order = left ? *m : *n, other = left ? *n : *m;
-  parts_of_16(left ? *n : *m, real_work<T>(order * order * other / 2), [&](int lo, int hi) {
-    const int len = hi - lo;
-    if (left) k(side, uplo, transa, diag, m, &len, alpha, a, lda, zar::at(b, 0, lo, *ldb), ldb);
-    else k(side, uplo, transa, diag, &len, n, alpha, a, lda, zar::offset(b, lo), ldb);
+  side_parts<T>(side, m, n, 0.5, [&](const int* pm, const int* pn, auto part) {
+    k(side, uplo, transa, diag, pm, pn, alpha, a, lda, part(b, ldb), ldb);
   });
 }
 
@@ -80,46 +92,29 @@ template <class T, bool Herm> void run_symm(ZAR_L3_SYMM_ARGS(T)) {
     if constexpr (Herm) return kern<T>::hemm();
     else return kern<T>::symm();
   }();
-  const bool left = is(side, 'L');
-  const double order = left ? *m : *n, other = left ? *n : *m;
-  parts_of_16(left ? *n : *m, real_work<T>(order * order * other), [&](int lo, int hi) {
-    const int len = hi - lo;
-    if (left) k(side, uplo, m, &len, alpha, a, lda, zar::at(b, 0, lo, *ldb), ldb, beta, zar::at(c, 0, lo, *ldc), ldc);
-    else k(side, uplo, &len, n, alpha, a, lda, zar::offset(b, lo), ldb, beta, zar::offset(c, lo), ldc);
+  side_parts<T>(side, m, n, 1, [&](const int* pm, const int* pn, auto part) {
+    k(side, uplo, pm, pn, alpha, a, lda, part(b, ldb), ldb, beta, part(c, ldc), ldc);
   });
 }
 
+// The work of a rank update: n^2 k / 2 multiply-adds per product term.
+template <class T, class S> double rank_work(const int* n, const int* k, const S* alpha, int terms) {
+  const double nn = *n;
+  return is_zero(*alpha) ? 0 : real_work<T>(nn * nn * *k / 2 * terms);
+}
+
 template <class T, class S> void run_syrk(ZAR_L3_SYRK_ARGS(T, S)) {
-  const double nn = *n;
-  const auto whole = [&] {
-    if constexpr (herm_v<T, S>) kern<T>::herk()(ZAR_L3_SYRK_NAMES);
-    else kern<T>::syrk()(ZAR_L3_SYRK_NAMES);
-  };
-  const auto range = [&](int first, int last) {
-    if constexpr (herm_v<T, S>) kern<T>::herk_in()(ZAR_L3_SYRK_NAMES, &first, &last);
-    else kern<T>::syrk_in()(ZAR_L3_SYRK_NAMES, &first, &last);
-  };
-  triangle_columns(uplo, *n, is_zero(*alpha) ? 0 : real_work<T>(nn * nn * *k / 2), whole, range);
+  const double work = rank_work<T>(n, k, alpha, 1);
+  if constexpr (herm_v<T, S>) triangle_update(uplo, *n, work, kern<T>::herk(), kern<T>::herk_in(), ZAR_L3_SYRK_NAMES);
+  else triangle_update(uplo, *n, work, kern<T>::syrk(), kern<T>::syrk_in(), ZAR_L3_SYRK_NAMES);
 }
-
 template <class T, class S> void run_syr2k(ZAR_L3_SYR2K_ARGS(T, S)) {
-  const double nn = *n;
-  const auto whole = [&] {
-    if constexpr (herm_v<T, S>) kern<T>::her2k()(ZAR_L3_SYR2K_NAMES);
-    else kern<T>::syr2k()(ZAR_L3_SYR2K_NAMES);
-  };
-  const auto range = [&](int first, int last) {
-    if constexpr (herm_v<T, S>) kern<T>::her2k_in()(ZAR_L3_SYR2K_NAMES, &first, &last);
-    else kern<T>::syr2k_in()(ZAR_L3_SYR2K_NAMES, &first, &last);
-  };
-  triangle_columns(uplo, *n, is_zero(*alpha) ? 0 : real_work<T>(nn * nn * *k), whole, range);
+  const double work = rank_work<T>(n, k, alpha, 2);
+  if constexpr (herm_v<T, S>) triangle_update(uplo, *n, work, kern<T>::her2k(), kern<T>::her2k_in(), ZAR_L3_SYR2K_NAMES);
+  else triangle_update(uplo, *n, work, kern<T>::syr2k(), kern<T>::syr2k_in(), ZAR_L3_SYR2K_NAMES);
 }
-
 template <class T> void run_gemmt(ZAR_L3_GEMMT_ARGS(T)) {
-  const double nn = *n;
-  triangle_columns(
-      uplo, *n, is_zero(*alpha) ? 0 : real_work<T>(nn * nn * *k / 2), [&] { kern<T>::gemmt()(ZAR_L3_GEMMT_NAMES); },
-      [&](int first, int last) { kern<T>::gemmt_in()(ZAR_L3_GEMMT_NAMES, &first, &last); });
+  triangle_update(uplo, *n, rank_work<T>(n, k, alpha, 1), kern<T>::gemmt(), kern<T>::gemmt_in(), ZAR_L3_GEMMT_NAMES);
 }
 
 template <class T> void run_gemm3m(ZAR_L3_GEMM_ARGS(T)) {

@@ -27,43 +27,31 @@ ZAR_API void xerbla_array_(const char* srname_array, const int* srname_len, cons
   xerbla_(name, info, 32);
 }
 
-// (name, result type, argument list, argument names)
-#define ZAR_SUB_LIST(X)                                                                                       \
-  X(sdot, float, (const int* n, const float* x, const int* incx, const float* y, const int* incy),            \
-    (n, x, incx, y, incy))                                                                                    \
-  X(ddot, double, (const int* n, const double* x, const int* incx, const double* y, const int* incy),         \
-    (n, x, incx, y, incy))                                                                                    \
-  X(dsdot, double, (const int* n, const float* x, const int* incx, const float* y, const int* incy),          \
-    (n, x, incx, y, incy))                                                                                    \
-  X(sdsdot, float,                                                                                            \
-    (const int* n, const float* sb, const float* x, const int* incx, const float* y, const int* incy),        \
-    (n, sb, x, incx, y, incy))                                                                                \
-  X(cdotu, zar_fcomplex, (const int* n, const void* x, const int* incx, const void* y, const int* incy),      \
-    (n, x, incx, y, incy))                                                                                    \
-  X(cdotc, zar_fcomplex, (const int* n, const void* x, const int* incx, const void* y, const int* incy),      \
-    (n, x, incx, y, incy))                                                                                    \
-  X(zdotu, zar_dcomplex, (const int* n, const void* x, const int* incx, const void* y, const int* incy),      \
-    (n, x, incx, y, incy))                                                                                    \
-  X(zdotc, zar_dcomplex, (const int* n, const void* x, const int* incx, const void* y, const int* incy),      \
-    (n, x, incx, y, incy))                                                                                    \
-  X(snrm2, float, (const int* n, const float* x, const int* incx), (n, x, incx))                              \
-  X(dnrm2, double, (const int* n, const double* x, const int* incx), (n, x, incx))                            \
-  X(scnrm2, float, (const int* n, const void* x, const int* incx), (n, x, incx))                              \
-  X(dznrm2, double, (const int* n, const void* x, const int* incx), (n, x, incx))                             \
-  X(sasum, float, (const int* n, const float* x, const int* incx), (n, x, incx))                              \
-  X(dasum, double, (const int* n, const double* x, const int* incx), (n, x, incx))                            \
-  X(scasum, float, (const int* n, const void* x, const int* incx), (n, x, incx))                              \
-  X(dzasum, double, (const int* n, const void* x, const int* incx), (n, x, incx))                             \
-  X(isamax, int, (const int* n, const float* x, const int* incx), (n, x, incx))                               \
-  X(idamax, int, (const int* n, const double* x, const int* incx), (n, x, incx))                              \
-  X(icamax, int, (const int* n, const void* x, const int* incx), (n, x, incx))                                \
-  X(izamax, int, (const int* n, const void* x, const int* incx), (n, x, incx))                                \
-  X(scabs1, float, (const void* z), (z))                                                                      \
-  X(dcabs1, double, (const void* z), (z))
+// The argument lists ((declaration), (call)) of the common signatures.
+#define ZAR_SUB_DOT(T) ((const int* n, const T* x, const int* incx, const T* y, const int* incy), (n, x, incx, y, incy))
+#define ZAR_SUB_VEC(T) ((const int* n, const T* x, const int* incx), (n, x, incx))
+#define ZAR_SUB_SDSDOT \
+  ((const int* n, const float* sb, const float* x, const int* incx, const float* y, const int* incy), (n, sb, x, incx, y, incy))
+
+// (function, result type, argument lists)
+#define ZAR_SUB_LIST(X)                                                                           \
+  X(sdot, float, ZAR_SUB_DOT(float)) X(ddot, double, ZAR_SUB_DOT(double))                         \
+  X(dsdot, double, ZAR_SUB_DOT(float)) X(sdsdot, float, ZAR_SUB_SDSDOT)                           \
+  X(cdotu, zar_fcomplex, ZAR_SUB_DOT(void)) X(cdotc, zar_fcomplex, ZAR_SUB_DOT(void))             \
+  X(zdotu, zar_dcomplex, ZAR_SUB_DOT(void)) X(zdotc, zar_dcomplex, ZAR_SUB_DOT(void))             \
+  X(snrm2, float, ZAR_SUB_VEC(float)) X(dnrm2, double, ZAR_SUB_VEC(double))                       \
+  X(scnrm2, float, ZAR_SUB_VEC(void)) X(dznrm2, double, ZAR_SUB_VEC(void))                        \
+  X(sasum, float, ZAR_SUB_VEC(float)) X(dasum, double, ZAR_SUB_VEC(double))                       \
+  X(scasum, float, ZAR_SUB_VEC(void)) X(dzasum, double, ZAR_SUB_VEC(void))                        \
+  X(isamax, int, ZAR_SUB_VEC(float)) X(idamax, int, ZAR_SUB_VEC(double))                          \
+  X(icamax, int, ZAR_SUB_VEC(void)) X(izamax, int, ZAR_SUB_VEC(void))                             \
+  X(scabs1, float, ((const void* z), (z))) X(dcabs1, double, ((const void* z), (z)))
 
 // fn##sub_(arguments..., result): the function's arguments with the
 // address of its result appended.
 #define ZAR_SUB_UNPAREN(...) __VA_ARGS__
-#define ZAR_SUB_DEFINE(fn, R, ARGS, NAMES) \
+#define ZAR_SUB_DEFINE_WITH(fn, R, ARGS, NAMES) \
   ZAR_API void fn##sub_(ZAR_SUB_UNPAREN ARGS, R* result) { *result = fn##_ NAMES; }
+#define ZAR_SUB_APPLY(m, ...) m(__VA_ARGS__)
+#define ZAR_SUB_DEFINE(fn, R, LISTS) ZAR_SUB_APPLY(ZAR_SUB_DEFINE_WITH, fn, R, ZAR_SUB_UNPAREN LISTS)
 ZAR_SUB_LIST(ZAR_SUB_DEFINE)
