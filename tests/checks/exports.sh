@@ -5,7 +5,9 @@
 #     memory hooks; it imports from the core only zar_serv_* services and the
 #     dispatching front ends.
 #   core library: only zar_* (services, front ends, control), cblas_* and
-#     Fortran names (lower case, one trailing underscore).
+#     Fortran names (lower case, one trailing underscore; words inside may
+#     be joined by one, as in dgemm_batch_), and the reference CBLAS
+#     globals RowMajorStrg and CBLAS_CallFromC.
 # Usage: exports.sh <lib directory>
 set -u
 lib=$1
@@ -18,7 +20,7 @@ done
 
 domains='blas|lapack_ps|xblas|dft|pdepl|pdett|trans|conv|spblas|sparse|graph'
 kernel_rule="^(zar_($domains)_avx_[a-z0-9_]+|zar_(spblas|sparse|graph)_[a-z0-9_]+_avx|dll_cpu_version|zar_avx_[sdcz]_(all|opt)_gemm_ker|dfti_(malloc|calloc|allocate|free|deallocate))\$"
-core_rule='^(zar_[A-Za-z0-9_]+|cblas_[a-z0-9_]+|[a-z][a-z0-9]*_|RowMajorStrg)$'
+core_rule='^(zar_[A-Za-z0-9_]+|cblas_[a-z0-9_]+|[a-z]([a-z0-9_]*[a-z0-9])?_|RowMajorStrg|CBLAS_CallFromC)$'
 
 defined() { nm -D --defined-only "$1" | awk '{print $NF}' | sed 's/@.*//' | sort -u; }
 
