@@ -23,5 +23,6 @@ install(FILES ${CMAKE_BINARY_DIR}/zarConfig.cmake ${CMAKE_BINARY_DIR}/zarConfigV
 # pkg-config: the prefix is found from the .pc file's own place, so the
 # installed tree may be moved (or installed with --prefix / DESTDIR).
 file(RELATIVE_PATH ZAR_PC_TO_PREFIX /${ZAR_PKGCONFIG_DIR} /)
+string(REGEX REPLACE "/$" "" ZAR_PC_TO_PREFIX "${ZAR_PC_TO_PREFIX}")
 configure_file(${CMAKE_SOURCE_DIR}/cmake/zar.pc.in ${CMAKE_BINARY_DIR}/zar.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/zar.pc DESTINATION ${ZAR_PKGCONFIG_DIR})
