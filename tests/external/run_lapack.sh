@@ -29,7 +29,7 @@ done
 # The eigenvalue programs keep their work arrays on the stack.
 ulimit -s unlimited 2>/dev/null || ulimit -s 65536 2>/dev/null
 start=$(date +%s)
-timeout 3000 env LD_PRELOAD="$runtime" LD_LIBRARY_PATH="$path" ZAR_KERNEL_PATH="$lib" "$program" < "$input" > report.txt 2>&1
+timeout 3000 env LD_PRELOAD="$runtime" LD_LIBRARY_PATH="$path" ZAR_KERNEL_PATH="${ZAR_KERNEL_PATH:-$lib}" "$program" < "$input" > report.txt 2>&1
 rc=$?
 seconds=$(( $(date +%s) - start ))
 summary=$(bash "$here/lapack_summary.sh" < report.txt)
