@@ -39,8 +39,11 @@ int main(int argc, char** argv) {
     return 2;
   }
   void* fn = dlsym(h, driver == "dgesv" ? "dgesv_" : "dpotrf_");
+  // The dgemm_ the LAPACK's calls bind to: the process's global scope (a
+  // preloaded library, say) comes before the library's own dependencies.
   Dl_info where{};
-  void* gemm = dlsym(h, "dgemm_");
+  void* gemm = dlsym(RTLD_DEFAULT, "dgemm_");
+  if (!gemm) gemm = dlsym(h, "dgemm_");
   if (!fn || !gemm || !dladdr(gemm, &where)) {
     std::printf("unavailable: %s lacks %s or dgemm_\n", argv[1], driver.c_str());
     return 2;
