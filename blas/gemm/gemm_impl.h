@@ -15,7 +15,7 @@
 //   3. each block's value is added into C (or stored, when beta is 0 on the
 //      first block); a beta other than 0 and 1 is applied to C beforehand.
 #pragma once
-#include "blas/gemm/gemm.h"
+#include "zar/gemm.h"
 #include "zar/types.h"
 
 namespace zar::gemm {
@@ -64,17 +64,6 @@ template <class R> inline cx<R> add(cx<R> a, cx<R> b) { return {a.re + b.re, a.i
 template <class R> inline R conj(R a) { return a; }
 template <class R> inline cx<R> conj(cx<R> a) { return {a.re, -a.im}; }
 template <class T> inline T zero() { return T{}; }
-template <class T> constexpr T one() {
-  if constexpr (is_complex_v<T>) return T{1, 0};
-  else return T(1);
-}
-
-// beta is "one" only when exactly 1 (complex: real part 1, imaginary 0; a
-// NaN part is not one); alpha is "zero" only when every part is 0.
-template <class R> inline bool is_one(R a) { return a == R(1); }
-template <class R> inline bool is_one(cx<R> a) { return a.re == R(1) && a.im == R(0); }
-template <class R> inline bool is_zero(R a) { return a == R(0); }
-template <class R> inline bool is_zero(cx<R> a) { return a.re == R(0) && a.im == R(0); }
 
 // A depth sum in the engine's order (step 2 above).
 template <class T> struct dot_acc {

@@ -4,7 +4,7 @@
 // and per sum, no fused multiply-add), so the vector bodies, peels and tails
 // give the same bits; only axpy with incy = 0, which is a reduction, has an
 // order of its own.
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 #include "blas/level1/simd.h"
 
 namespace zar::l1 {

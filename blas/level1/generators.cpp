@@ -1,7 +1,7 @@
 // Rotation generators (rotg, rotmg) and the |Re| + |Im| auxiliary (cabs1).
 #include <cmath>
 
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 
 namespace zar::l1 {
 namespace {

@@ -10,7 +10,7 @@
 // then imaginary part) go part j into partial sum j mod 4; the four sums
 // combine as (f0 + f1) + (f2 + f3); the parts after the last block are
 // added one by one. A negative increment walks |incx| from x's first element.
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <type_traits>
 
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 #include "blas/level1/simd.h"
 
 namespace zar::l1 {

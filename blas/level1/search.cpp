@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 #include "blas/level1/simd.h"
 
 namespace zar::l1 {

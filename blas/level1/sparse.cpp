@@ -4,7 +4,7 @@
 // Updates follow the order of indx strictly, one index at a time, so a
 // repeated index accumulates (axpyi), sees the earlier store (sctr, roti) or,
 // for gthrz, reads the zero written by its first occurrence.
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 #include "blas/level1/simd.h"
 
 namespace zar::l1 {

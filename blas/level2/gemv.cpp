@@ -15,7 +15,7 @@
 //     x (32-byte loads of x); the reproducible twin takes p = 0.
 //   transpose otherwise: s summed row by row, y_j := y_j + alpha*s.
 #include "blas/level2/l2.h"
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "blas/level2/simd.h"
 #include "zar/services.h"
 

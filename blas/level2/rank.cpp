@@ -8,7 +8,7 @@
 // threads. The reproducible twins and the per-thread bodies therefore agree
 // bit for bit with the whole call.
 #include "blas/level2/l2.h"
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "blas/level2/simd.h"
 #include "blas/level2/storage.h"
 

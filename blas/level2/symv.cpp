@@ -10,7 +10,7 @@
 // off-diagonal row, with unaligned loads. No order depends on alignment, so
 // the reproducible twins agree with the plain kernels bit for bit.
 #include "blas/level2/l2.h"
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "blas/level2/simd.h"
 #include "blas/level2/storage.h"
 

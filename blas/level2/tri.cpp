@@ -13,7 +13,7 @@
 // orders depends on alignment, so the reproducible twins agree bit for bit
 // with the plain kernels.
 #include "blas/level2/l2.h"
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "blas/level2/simd.h"
 #include "blas/level2/storage.h"
 

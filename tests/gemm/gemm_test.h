@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "blas/gemm/gemm.h"
+#include "zar/gemm.h"
 #include "zar/blas.h"
 #include "zar/control.h"
 

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 #include "cblas.h"
 #include "zar/blas.h"
 #include "zar/control.h"

@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "zar/types.h"
 
 namespace l2t {

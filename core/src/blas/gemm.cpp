@@ -12,7 +12,7 @@
 // threaded result has the same bits as a one-thread one.
 #include <cstdio>
 
-#include "blas/gemm/gemm_impl.h"
+#include "zar/gemm.h"
 #include "cblas.h"
 #include "core.h"
 #include "zar/blas.h"
@@ -34,20 +34,34 @@ template <class T> struct gemm_entry {
   void (*zero_desc)(desc<T>*);
   void (*optimal)(desc<T>*);
   void (*mscale)(const int*, const int*, const T*, T*, const int*);
-  const char* name;
 };
 template <class T> gemm_entry<T> entries();
 #define ZAR_GEMM_ENTRIES(t, T)                                                                               \
   template <> gemm_entry<T> entries<T>() {                                                                    \
     return {ZAR_KERNEL(zar_blas_avx_x##t##gemm), ZAR_KERNEL(zar_blas_avx_x##t##gemm_par),                      \
             ZAR_KERNEL(zar_blas_avx_##t##gemm_zero_desc), ZAR_KERNEL(zar_blas_avx_##t##gemm_get_optimal_kernel), \
-            ZAR_KERNEL(zar_blas_avx_##t##gemm_mscale), zar::gemm::cfg<T>::name};                              \
+            ZAR_KERNEL(zar_blas_avx_##t##gemm_mscale)};                                                       \
   }
 ZAR_GEMM_TYPES(ZAR_GEMM_ENTRIES)
 
 // Products below this many real multiply-adds (four per complex one) stay on
 // one thread: waking a second thread costs about as much as the work it saves.
 constexpr double threaded_min_work = 4.0 * 1024 * 1024;
+
+constexpr int imin(int a, int b) { return a < b ? a : b; }
+constexpr int imax(int a, int b) { return a > b ? a : b; }
+
+// The register block (mr x nr) of the kernel the kernel library picks for
+// this processor, read from its record once.
+template <class T> const desc<T>& optimal_kernel(const gemm_entry<T>& e) {
+  static const desc<T> d = [&] {
+    desc<T> r;
+    e.zero_desc(&r);
+    e.optimal(&r);
+    return r;
+  }();
+  return d;
+}
 
 template <class T>
 void dispatch(const char* ta, const char* tb, const int* m, const int* n, const int* k, const T* alpha, const T* a,
@@ -59,7 +73,8 @@ void dispatch(const char* ta, const char* tb, const int* m, const int* n, const 
   // Split the longer side of C in nr (or mr) multiples, at least two
   // register blocks per thread.
   const bool by_cols = *n >= *m;
-  const int unit = by_cols ? cfg<T>::nr : cfg<T>::mr;
+  const desc<T>& ker = optimal_kernel(e);
+  const int unit = imax(1, by_cols ? ker.nr : ker.mr);
   const int len = by_cols ? *n : *m;
   const int parts = imin(nt, len / (2 * unit));
   if (parts < 2 || work < threaded_min_work || *k < 1 || is_zero(*alpha)) {
@@ -111,9 +126,9 @@ int check(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb,
   if (m < 0) return 3;
   if (n < 0) return 4;
   if (k < 0) return 5;
-  if (lda < gemm::imax(1, a_n ? m : k)) return 8;
-  if (ldb < gemm::imax(1, b_n ? k : n)) return 10;
-  if (ldc < gemm::imax(1, m)) return 13;
+  if (lda < imax(1, a_n ? m : k)) return 8;
+  if (ldb < imax(1, b_n ? k : n)) return 10;
+  if (ldc < imax(1, m)) return 13;
   return 0;
 }
 
@@ -124,7 +139,7 @@ void fortran(const char* ta, const char* tb, const int* m, const int* n, const i
   if (const int info = check<T>(ta, tb, *m, *n, *k, *lda, *ldb, *ldc)) {
     // The published routines name themselves in six characters ("DGEMM ").
     char name[8];
-    std::snprintf(name, sizeof name, "%-6s", cfg<T>::name);
+    std::snprintf(name, sizeof name, "%cGEMM ", elem<T>::upper);
     report_illegal(name, info);
     return;
   }

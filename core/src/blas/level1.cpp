@@ -8,7 +8,7 @@
 // kernel's own); the CBLAS interfaces call the Fortran ones, as the reference
 // CBLAS does, except for the complex dot products (written through a pointer)
 // and the sparse-vector routines (0-based indices).
-#include "blas/level1/level1.h"
+#include "zar/level1.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "blas/level2/level2.h"
+#include "zar/level2.h"
 #include "cblas.h"
 #include "core.h"
 #include "zar/services.h"
