@@ -82,7 +82,8 @@ template <class T> class triangle_update {
       scale_only(first, last);
       return;
     }
-    work<T> tile(static_cast<long long>(tile_max) * tile_max);
+    const long long side = imin(tile_max, last - first);
+    work<T> tile(side * side);
     tile_ = tile.get();
     if (upper_) rect(0, first, first, last - first);
     else rect(last, first, n_ - last, last - first);
