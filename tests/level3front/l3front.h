@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -151,10 +152,15 @@ ZAR_L3_CPLX(L3F_CB_CPLX)
 #undef L3F_CB_REAL
 #undef L3F_CB_CPLX
 
-// True when the kernel library carries the Level-3 drivers of type T (the
-// numeric tests need them).
-template <class T> bool kernels_present() {
-  return dlsym(RTLD_DEFAULT, (std::string("zar_blas_avx_x") + letter<T>() + "trsm").c_str()) != nullptr;
+// The kernel library's entry `name`, or null (the library as the core finds
+// it: in ZAR_KERNEL_PATH, else by the loader's search).
+inline void* kernel_entry(const std::string& name) {
+  static void* lib = [] {
+    const char* dir = std::getenv("ZAR_KERNEL_PATH");
+    const std::string path = dir ? std::string(dir) + "/libzar_avx.so.2" : "libzar_avx.so.2";
+    return dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+  }();
+  return lib ? dlsym(lib, name.c_str()) : nullptr;
 }
 
 }  // namespace l3f

@@ -73,8 +73,7 @@ template <class T> class Numeric : public ::testing::Test {
   }
   // Skips unless the kernel library carries the driver `kernel` (x?<name>).
   bool need(const char* kernel) {
-    const std::string k = std::string("zar_blas_avx_x") + letter<T>() + kernel;
-    return dlsym(RTLD_DEFAULT, k.c_str()) != nullptr;
+    return kernel_entry(std::string("zar_blas_avx_x") + letter<T>() + kernel) != nullptr;
   }
   // Runs run(out) for zar (mine = true) and the reference on copies of c0 and
   // compares the results element by element to a rounding bound.
