@@ -359,6 +359,21 @@ TYPED_TEST(Numeric, ThreadedSplitsGiveOneThreadBits) {
                     strided("N", "N", &mm, &nn, &k, &al, a.data(), &ldb, &sa, b.data(), &ldb, &stride, &be, out, &ldb,
                             &stride, &count);
                   }});
+  if constexpr (zar::is_complex_v<T>) {
+    // gemm3m split by rows (600 x 40), then by columns (40 x 600): both cross
+    // the driver's 512-wide blocks
+    const auto g3 = fortran<gemm_f<T>, T>("gemm3m");
+    const auto wide = random_values<T>(600 * 64, 34);
+    const int depth = 64;
+    for (const int rows : {600, 40}) {
+      const int cols = 640 - rows, ld3 = rows;
+      jobs.push_back({"gemm3m " + std::to_string(rows) + " rows", [=](T* out) {
+                        const int lda3 = rows, ldb3 = rows == 600 ? depth : cols;
+                        g3("N", rows == 600 ? "N" : "C", &rows, &cols, &depth, &al, wide.data(), &lda3, wide.data(),
+                           &ldb3, &be, out, &ld3);
+                      }});
+    }
+  }
   for (const auto& j : jobs) {
     zar_set_num_threads(1);
     auto one = c0;

@@ -11,7 +11,7 @@
 //   syrk, herk, syr2k,      column ranges of C's triangle of equal area,
 //   her2k, gemmt            through the kernels' _in_thread bodies;
 //   gemm_batch(_strided)    whole products, ranges of equal work;
-//   gemm3m                  one thread (the kernel blocks it internally).
+//   gemm3m                  as gemm: rows or columns of C, multiples of 16.
 #include <cmath>
 
 #include "core/src/blas/level3_front.h"
@@ -117,8 +117,20 @@ template <class T> void run_gemmt(ZAR_L3_GEMMT_ARGS(T)) {
   triangle_update(uplo, *n, rank_work<T>(n, k, alpha, 1), kern<T>::gemmt(), kern<T>::gemmt_in(), ZAR_L3_GEMMT_NAMES);
 }
 
+// gemm3m: as gemm, the longer side of C in parts of multiples of 16, each
+// part a call of the driver with its rows of op(A) or columns of op(B).
 template <class T> void run_gemm3m(ZAR_L3_GEMM_ARGS(T)) {
-  kern<T>::gemm3m()(ZAR_L3_GEMM_NAMES);
+  const bool by_cols = *n >= *m;
+  const double work = is_zero(*alpha) ? 0 : real_work<T>(static_cast<double>(*m) * *n * *k);
+  parts_of_16(by_cols ? *n : *m, work, [&](int lo, int hi) {
+    const int len = hi - lo;
+    if (by_cols)
+      kern<T>::gemm3m()(transa, transb, m, &len, k, alpha, a, lda, is(transb, 'N') ? zar::at(b, 0, lo, *ldb) : zar::offset(b, lo),
+                        ldb, beta, zar::at(c, 0, lo, *ldc), ldc);
+    else
+      kern<T>::gemm3m()(transa, transb, &len, n, k, alpha, is(transa, 'N') ? zar::offset(a, lo) : zar::at(a, 0, lo, *lda),
+                        lda, b, ldb, beta, zar::offset(c, lo), ldc);
+  });
 }
 
 // gemm_batch: the products, numbered across the groups in order, are divided
