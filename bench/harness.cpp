@@ -40,11 +40,13 @@ const std::vector<library>& libraries() {
   return libs;
 }
 
-double best_seconds(const std::function<void()>& f, double min_total, int min_reps) {
+double best_seconds(const std::function<void()>& f, double min_total, int min_reps,
+                    const std::function<void()>& before) {
   using clock = std::chrono::steady_clock;
   if (g_quick) min_total /= 5;
   double best = 1e30, total = 0;
   for (int r = 0; r < min_reps || total < min_total; ++r) {
+    if (before) before();
     const auto t0 = clock::now();
     f();
     const double s = std::chrono::duration<double>(clock::now() - t0).count();

@@ -24,7 +24,10 @@ const std::vector<library>& libraries();
 
 // Best time of a call in seconds: repeats until min_total seconds have
 // passed (and at least min_reps times) and returns the fastest repetition.
-double best_seconds(const std::function<void()>& f, double min_total = 0.25, int min_reps = 3);
+// `before`, when given, runs untimed ahead of every repetition (to restore
+// operands the call overwrites).
+double best_seconds(const std::function<void()>& f, double min_total = 0.25, int min_reps = 3,
+                    const std::function<void()>& before = nullptr);
 
 // Whether the run is the short one of `make demo`.
 bool quick();
