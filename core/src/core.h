@@ -30,11 +30,18 @@ void cache_record_detected(long long* record);
 // Loads the default kernel library if needed and returns the named entry
 // point; prints what is wrong and stops the program when it cannot.
 void* require_kernel(const char* name);
+// Held across fork (with the thread pool's lock), so that a child never
+// inherits the loader's lock taken by a thread it does not have.
+void loader_before_fork();
+void loader_after_fork();
 
 // ---- threads (threads.cpp)
 int max_threads();
-// Runs body(tid, nt) for tid = 0 .. nt-1 on nt threads, the caller being
-// thread 0, and returns when all are done. Nested calls run serially.
+// Runs body(tid, nt) once for each tid = 0 .. nt-1 and returns when all are
+// done. The caller and the pool's idle workers take the shares in turn: the
+// workers another application thread is using are not waited for, so the
+// shares may run on fewer threads (down to the caller alone). Nested calls
+// run their shares serially.
 void parallel(int nt, const std::function<void(int, int)>& body);
 
 // ---- errors (xerbla.cpp)

@@ -27,8 +27,10 @@ struct loader_state {
   std::string path;
   std::string error;
 };
+// Never destroyed: application threads may still resolve kernels while
+// the process exits.
 loader_state& state() {
-  static loader_state s;
+  static loader_state& s = *new loader_state;
   return s;
 }
 
@@ -105,6 +107,9 @@ void* require_kernel(const char* name) {
   }
   return f;
 }
+
+void loader_before_fork() { state().m.lock(); }
+void loader_after_fork() { state().m.unlock(); }
 
 }  // namespace zar::core
 
