@@ -3,10 +3,16 @@
 // by name. Every refusal says what is wrong and where; the check for AVX runs
 // before the file is mapped, so no AVX code can run on a processor without it.
 #include <dlfcn.h>
+#include <elf.h>
+#include <fcntl.h>
 #include <limits.h>
+#include <link.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <cstdlib>
 #include <mutex>
 #include <string>
@@ -49,6 +55,40 @@ std::string default_path() {
   return core_directory() + "/" + kKernelFile;
 }
 
+// Why the file cannot be a kernel library, or empty when it may be one: a
+// shared object is a regular, non-empty file that starts with the ELF
+// magic. Opened without blocking, so a FIFO or a device never stalls the
+// load.
+std::string not_a_library(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  if (fd < 0) return std::string("cannot open it: ") + std::strerror(errno);
+  struct stat st{};
+  std::string why;
+  unsigned char magic[SELFMAG] = {};
+  if (fstat(fd, &st) != 0) why = std::string("cannot examine it: ") + std::strerror(errno);
+  else if (S_ISDIR(st.st_mode)) why = "it is a directory";
+  else if (S_ISFIFO(st.st_mode)) why = "it is a FIFO, not a regular file";
+  else if (S_ISCHR(st.st_mode) || S_ISBLK(st.st_mode)) why = "it is a device, not a regular file";
+  else if (S_ISSOCK(st.st_mode)) why = "it is a socket, not a regular file";
+  else if (!S_ISREG(st.st_mode)) why = "it is not a regular file";
+  else if (st.st_size == 0) why = "it is empty";
+  else if (read(fd, magic, SELFMAG) != SELFMAG || std::memcmp(magic, ELFMAG, SELFMAG) != 0)
+    why = "it is not a shared object (no ELF header)";
+  close(fd);
+  return why;
+}
+
+// True when the symbol at addr is a function (the tag must be one: calling
+// a data object would jump into data).
+bool is_function_symbol(void* addr) {
+  Dl_info info{};
+  void* entry = nullptr;
+  if (!dladdr1(addr, &info, &entry, RTLD_DL_SYMENT) || !entry) return false;
+  const auto* sym = static_cast<const ElfW(Sym)*>(entry);
+  const int type = ELF32_ST_TYPE(sym->st_info);
+  return type == STT_FUNC || type == STT_GNU_IFUNC;
+}
+
 // Called with the lock held.
 int load_locked(loader_state& s, const std::string& path) {
   s.path = path;
@@ -64,18 +104,28 @@ int load_locked(loader_state& s, const std::string& path) {
               " (set ZAR_KERNEL_PATH to the file or to its directory)";
     return ZAR_LOAD_NOT_FOUND;
   }
+  if (const std::string why = not_a_library(path); !why.empty()) {
+    s.error = "zar: cannot load the kernel library " + path + ": " + why;
+    return ZAR_LOAD_NOT_FOUND;
+  }
   void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!h) {
     const char* why = dlerror();
     s.error = "zar: cannot load the kernel library " + path + ": " + (why ? why : "unknown error");
     return ZAR_LOAD_NOT_FOUND;
   }
-  auto version = reinterpret_cast<int (*)()>(dlsym(h, "dll_cpu_version"));
-  if (!version) {
+  void* tag_symbol = dlsym(h, "dll_cpu_version");
+  if (!tag_symbol) {
     dlclose(h);
     s.error = "zar: " + path + " is not a zar kernel library: it has no dll_cpu_version";
     return ZAR_LOAD_NO_TAG;
   }
+  if (!is_function_symbol(tag_symbol)) {
+    dlclose(h);
+    s.error = "zar: " + path + " is not a zar kernel library: its dll_cpu_version is not a function";
+    return ZAR_LOAD_NO_TAG;
+  }
+  auto version = reinterpret_cast<int (*)()>(tag_symbol);
   const int tag = version();
   if (tag != kExpectedTag) {
     dlclose(h);
