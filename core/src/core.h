@@ -18,6 +18,9 @@ struct settings {
   std::atomic<int> enabled_cap{-1};  // ZAR_FEATURE_* mask cap, -1: none
 };
 settings& config();
+// Warns once about an environment variable's bad value: what was expected
+// and the fallback used instead.
+void env_warning(const char* var, const char* value, const char* expected, const char* fallback);
 
 // ---- processor (cpu.cpp)
 int cpu_features();          // detected

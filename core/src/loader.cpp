@@ -47,7 +47,15 @@ std::string core_directory() {
 }
 
 std::string default_path() {
-  if (const char* env = std::getenv("ZAR_KERNEL_PATH"); env && *env) {
+  const char* env = std::getenv("ZAR_KERNEL_PATH");
+  if (env && !*env) {
+    static std::once_flag warned;
+    std::call_once(warned, [] {
+      env_warning("ZAR_KERNEL_PATH", "", "the kernel library file or its directory",
+                  "the default, the core library's directory");
+    });
+  }
+  if (env && *env) {
     struct stat st{};
     if (stat(env, &st) == 0 && S_ISDIR(st.st_mode)) return std::string(env) + "/" + kKernelFile;
     return env;
