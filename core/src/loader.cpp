@@ -149,10 +149,25 @@ int load_locked(loader_state& s, const std::string& path) {
 
 }  // namespace
 
+// Loads with every failure as a status: a failed allocation while the
+// messages are formed is a failed load, not an exception.
+int load_guarded(loader_state& s, const char* path) {
+  try {
+    return load_locked(s, path ? std::string(path) : default_path());
+  } catch (...) {
+    s.handle = nullptr;
+    try {
+      s.error = "zar: cannot load the kernel library: out of memory";
+    } catch (...) {
+    }
+    return ZAR_LOAD_NOT_FOUND;
+  }
+}
+
 void* require_kernel(const char* name) {
   loader_state& s = state();
   std::lock_guard<std::mutex> lock(s.m);
-  if (!s.handle && load_locked(s, default_path()) != ZAR_LOAD_OK) {
+  if (!s.handle && load_guarded(s, nullptr) != ZAR_LOAD_OK) {
     std::fprintf(stderr, "%s\nzar: cannot run %s without its kernel library; stopping\n", s.error.c_str(), name);
     std::fflush(stderr);
     std::exit(EXIT_FAILURE);
@@ -177,7 +192,7 @@ ZAR_API int zar_kernel_load(const char* path) {
   loader_state& s = state();
   std::lock_guard<std::mutex> lock(s.m);
   if (s.handle) return ZAR_LOAD_OK;
-  return load_locked(s, path ? std::string(path) : default_path());
+  return load_guarded(s, path);
 }
 
 ZAR_API const char* zar_kernel_error(void) { return state().error.c_str(); }
@@ -185,7 +200,10 @@ ZAR_API const char* zar_kernel_error(void) { return state().error.c_str(); }
 ZAR_API const char* zar_kernel_path(void) {
   loader_state& s = state();
   std::lock_guard<std::mutex> lock(s.m);
-  if (s.path.empty()) s.path = default_path();
+  try {
+    if (s.path.empty()) s.path = default_path();
+  } catch (...) {
+  }
   return s.path.c_str();
 }
 
@@ -200,11 +218,12 @@ ZAR_API void* zar_kernel_symbol(const char* name) {
 // The file the core was loaded from, with links and ".." resolved, so that
 // the kernel library is looked for in the core's real directory.
 ZAR_API const char* zar_core_path(void) {
-  static const std::string p = [] {
+  static char p[PATH_MAX];
+  static std::once_flag once;
+  std::call_once(once, [] {
     Dl_info info{};
-    if (!dladdr(reinterpret_cast<void*>(&zar_core_path), &info) || !info.dli_fname) return std::string();
-    char resolved[PATH_MAX];
-    return std::string(realpath(info.dli_fname, resolved) ? resolved : info.dli_fname);
-  }();
-  return p.c_str();
+    if (!dladdr(reinterpret_cast<void*>(&zar_core_path), &info) || !info.dli_fname) return;
+    if (!realpath(info.dli_fname, p)) std::snprintf(p, sizeof p, "%s", info.dli_fname);
+  });
+  return p;
 }

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <string>
 
 #include "core.h"
 #include "zar/control.h"
@@ -49,10 +48,12 @@ bool parse_count(const char* s, long long max, long long* out) {
 // optional B), at most 1 TiB.
 bool parse_size(const char* s, long long* out) {
   constexpr long long max = 1LL << 40;
-  std::string digits;
+  char digits[24];
   const char* end = s;
   while (*end >= '0' && *end <= '9') ++end;
-  digits.assign(s, end);
+  if (end - s >= static_cast<long>(sizeof digits)) return false;
+  std::memcpy(digits, s, end - s);
+  digits[end - s] = '\0';
   int shift = 0;
   switch (std::toupper(static_cast<unsigned char>(*end))) {
     case 'K': shift = 10; ++end; break;
@@ -62,7 +63,7 @@ bool parse_size(const char* s, long long* out) {
   }
   if (*end == 'B' || *end == 'b') ++end;
   long long v = 0;
-  if (*end != '\0' || !parse_count(digits.c_str(), max >> shift, &v)) return false;
+  if (*end != '\0' || !parse_count(digits, max >> shift, &v)) return false;
   *out = v << shift;
   return true;
 }

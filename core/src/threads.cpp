@@ -48,14 +48,14 @@ int default_threads() {
 thread_local bool in_region = false;
 
 struct region {
-  const std::function<void(int, int)>* body;
+  region_body body;
   int nt;
   int pending;  // claimed workers still inside the region
   std::atomic<int> next{0};
   std::condition_variable done;
 
   void take_shares() {
-    for (int t = next.fetch_add(1); t < nt; t = next.fetch_add(1)) (*body)(t, nt);
+    for (int t = next.fetch_add(1); t < nt; t = next.fetch_add(1)) body(t, nt);
   }
 };
 
@@ -74,10 +74,10 @@ std::atomic<bool> creation_warned{false};
 class pool {
  public:
   // Runs the nt shares of body on up to nt threads.
-  void run(int nt, const std::function<void(int, int)>& body) {
+  void run(int nt, region_body body) {
     worker* claimed[max_claim];
     int got = 0;
-    region r{&body, nt, 0, {0}, {}};
+    region r{body, nt, 0, {0}, {}};
     {
       std::lock_guard<std::mutex> lk(m_);
       const int want = nt - 1 < max_claim ? nt - 1 : max_claim;
@@ -250,7 +250,7 @@ int max_threads() {
   return d;
 }
 
-void parallel(int nt, const std::function<void(int, int)>& body) {
+void parallel(int nt, region_body body) {
   pool* p = nt > 1 && !in_region ? the_pool() : nullptr;
   if (!p) {
     for (int t = 0; t < (nt < 1 ? 1 : nt); ++t) body(t, nt < 1 ? 1 : nt);
@@ -262,8 +262,6 @@ void parallel(int nt, const std::function<void(int, int)>& body) {
 }  // namespace zar::core
 
 ZAR_API void zar_parallel(int nt, void (*fn)(int, int, void*), void* arg) {
-  try {
-    zar::core::parallel(nt < 1 ? zar::core::max_threads() : nt, [&](int t, int n) { fn(t, n, arg); });
-  } catch (...) {
-  }
+  if (!fn) return;
+  zar::core::parallel(nt < 1 ? zar::core::max_threads() : nt, [&](int t, int n) { fn(t, n, arg); });
 }
