@@ -55,8 +55,8 @@ inline char diag_of(int d) { return d == CblasNonUnit ? 'N' : d == CblasUnit ? '
 
 // ---- conjugation helpers (complex data only)
 template <class T> void conj_in_place(int n, T* x, int inc) {
-  const std::ptrdiff_t s = inc < 0 ? -inc : inc;
-  for (int i = 0; i < n; ++i) x[i * s].im = -x[i * s].im;
+  const long long s = inc < 0 ? -static_cast<long long>(inc) : inc;
+  for (int i = 0; i < n; ++i) zar::offset(x, i * s)->im = -zar::offset(x, i * s)->im;
 }
 // The conjugated copy of a vector, contiguous in the vector's element order;
 // null (after a warning) when no memory is left.
@@ -66,8 +66,11 @@ template <class T> T* conj_copy(int n, const T* x, int inc, const char* name) {
     zar_serv_check_ptr_and_warn(nullptr, name);
     return nullptr;
   }
-  const std::ptrdiff_t x0 = inc < 0 ? static_cast<std::ptrdiff_t>(1 - n) * inc : 0;
-  for (int i = 0; i < n; ++i) c[i] = T{x[x0 + i * inc].re, -x[x0 + i * inc].im};
+  const T* x0 = zar::offset(x, zar::vec_start(n, inc));
+  for (int i = 0; i < n; ++i) {
+    const T v = *zar::offset(x0, static_cast<long long>(i) * inc);
+    c[i] = T{v.re, -v.im};
+  }
   return c;
 }
 template <class T> T conj_of(const T* a) { return T{a->re, -a->im}; }
