@@ -69,4 +69,29 @@ TEST(ReferenceParity, ScalByZeroKeepsNaN) {
   }
 }
 
+// A listed difference (README, "Differences from the reference BLAS"): the
+// triangular solves divide by the diagonal in every column; the reference
+// passes over a column whose x_j is exactly zero. With a zero on the
+// diagonal and a zero in the matching entry, we give NaN where the
+// reference gives 0.
+TEST(ReferenceDifferences, TriangularSolveDividesInEveryColumn) {
+  // Upper triangular [[2, 1], [0, 0]], right-hand side (4, 0).
+  const double a[4] = {2, 0, 1, 0};
+  const int n = 2, lda = 2, one = 1;
+  double ours[2] = {4, 0};
+  dtrsv_("U", "N", "N", &n, a, &lda, ours, &one);
+  EXPECT_TRUE(std::isnan(ours[1]));
+  EXPECT_TRUE(std::isnan(ours[0]));
+  zar_test::ReferenceBlas ref;
+  if (!ref.available()) return;
+  using trsv_fn = void (*)(const char*, const char*, const char*, const int*, const double*, const int*, double*,
+                           const int*, int, int, int);
+  const auto theirs = ref.sym<trsv_fn>("dtrsv_");
+  ASSERT_NE(theirs, nullptr);
+  double refx[2] = {4, 0};
+  theirs("U", "N", "N", &n, a, &lda, refx, &one, 1, 1, 1);
+  EXPECT_EQ(refx[1], 0.0);
+  EXPECT_EQ(refx[0], 2.0);
+}
+
 }  // namespace
