@@ -42,13 +42,13 @@ using gemm::tr;
 
 enum class op { solve, mul };
 
-// Diagonal block of the recursion and columns of B per transposed panel
-// (side left).
+// Blocking: the diagonal block of the recursion (nb), the panel of the
+// outer walk (kp, whole diagonal blocks), the lines of B per panel recursion
+// (nc: its engine products need about 128 x (128 + nc) elements of work
+// area, kept near 384 KiB, below the allocator's fresh-mapping size), the
+// columns of B per transposed copy (cw, side left).
 template <class T> struct block {
-  static constexpr int nb = 32;
-  static constexpr int cw = 64;
-  static constexpr int kp = 256;  // panel of the outer walk, whole diagonal blocks
-  static constexpr int nc = 2048 / sizeof(T);  // lines of B per panel recursion
+  static constexpr int nb = 32, kp = 256, nc = 3072 / static_cast<int>(sizeof(T)) - 128, cw = 64;
 };
 
 template <class T> inline T minus_one() {
