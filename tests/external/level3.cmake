@@ -4,5 +4,4 @@
 foreach(t s d c z)
   zar_external_test(blas3_${t} xblat3${t} ${ZAR_REFBLAS_DIR}/${t}blat3.in)
   zar_external_test(cblas3_${t} x${t}cblat3 ${ZAR_REFBLAS_DIR}/${t}in3)
-  set_tests_properties(blas3_${t} cblas3_${t} PROPERTIES LABELS "${ZAR_LEVEL3_LABEL}")
 endforeach()
