@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "../hardening/child.h"
+#include "../hardening/random_data.h"
 #include "zar/blas.h"
 #include "zar/control.h"
 #include "zar/services.h"
@@ -53,13 +54,7 @@ void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
-std::vector<double> random_vector(std::size_t n, unsigned seed) {
-  std::mt19937 g(seed);
-  std::uniform_real_distribution<double> u(-1, 1);
-  std::vector<double> v(n);
-  for (double& x : v) x = u(g);
-  return v;
-}
+using zar_test::random_vector;
 
 TEST(ThreadCreation, RefusedThreadsMeanFewerThreadsExactResultsOneWarning) {
   constexpr int n = 240;

@@ -10,20 +10,14 @@
 #include <vector>
 
 #include "child.h"
+#include "random_data.h"
 #include "zar/blas.h"
 #include "zar/control.h"
 
 namespace {
 
 using zar_test::in_child;
-
-std::vector<double> random_vector(std::size_t n, unsigned seed) {
-  std::mt19937 g(seed);
-  std::uniform_real_distribution<double> u(-1, 1);
-  std::vector<double> v(n);
-  for (double& x : v) x = u(g);
-  return v;
-}
+using zar_test::random_vector;
 
 bool same_bits(const std::vector<double>& a, const std::vector<double>& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
