@@ -30,12 +30,15 @@ class big_span {
   // The double at byte offset off, its page made readable and writable.
   double* at(std::uint64_t off) {
     const std::uint64_t page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-    char* p = base_ + off;
-    char* first = base_ + off / page * page;
-    mprotect(first, static_cast<size_t>(p + sizeof(double) - first + page - 1) / page * page, PROT_READ | PROT_WRITE);
-    return reinterpret_cast<double*>(p);
+    const std::uint64_t first = off / page * page, last = (off + sizeof(double) + page - 1) / page * page;
+    mprotect(reinterpret_cast<void*>(address(first)), static_cast<size_t>(last - first), PROT_READ | PROT_WRITE);
+    return reinterpret_cast<double*>(address(off));
   }
   char* base() const { return base_; }
+  // The address at byte offset off, formed without pointer arithmetic.
+  std::uintptr_t address(std::uint64_t off) const {
+    return reinterpret_cast<std::uintptr_t>(base_) + static_cast<std::uintptr_t>(off);
+  }
 
  private:
   std::uint64_t bytes_;
@@ -71,7 +74,8 @@ strided_pair place(big_span& span, int n, int inc) {
 }
 double& elem(double* v, int n, int inc, int i) {
   const std::uint64_t slot = static_cast<std::uint64_t>(inc > 0 ? i : n - 1 - i) * (inc > 0 ? inc : -inc);
-  return *reinterpret_cast<double*>(reinterpret_cast<char*>(v) + slot * sizeof(double));
+  return *reinterpret_cast<double*>(reinterpret_cast<std::uintptr_t>(v) +
+                                    static_cast<std::uintptr_t>(slot * sizeof(double)));
 }
 
 TEST(BigStrides, LevelOneVectors) {
@@ -126,7 +130,7 @@ TEST(BigStrides, LeadingDimensions) {
       *span.at(off + 16 * sizeof(double)) = cc[i + j * m] = value(2 * i + j);
     }
   auto c_at = [&](int i, int j) {
-    return *reinterpret_cast<double*>(span.base() + (static_cast<std::uint64_t>(j) * ld + 16 + i) * sizeof(double));
+    return *reinterpret_cast<double*>(span.address((static_cast<std::uint64_t>(j) * ld + 16 + i) * sizeof(double)));
   };
   auto same_c = [&](const char* what) {
     for (int j = 0; j < n; ++j)
