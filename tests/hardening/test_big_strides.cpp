@@ -157,4 +157,36 @@ TEST(BigStrides, LeadingDimensions) {
   }
 }
 
+// GEMM on its blocked paths: n columns whose leading dimension makes the
+// matrices span more than 2 GiB; A, B and C interleave in one span.
+TEST(BigStrides, GemmLeadingDimensions) {
+  big_span span(kSpan);
+  if (!span.ok()) GTEST_SKIP() << "no 2 GiB of address space to reserve";
+  for (int n : {40, 100}) {
+    const int ld = static_cast<int>((1ull << 31) / (8ull * (n - 1))) + 3 * n;
+    auto place = [&](int which, int i, int j) {
+      return span.at((static_cast<std::uint64_t>(j) * ld + which * n + i) * sizeof(double));
+    };
+    std::vector<double> ca(n * n), cb(n * n), cc(n * n);
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        *place(0, i, j) = ca[i + j * n] = value(i + 2 * j);
+        *place(1, i, j) = cb[i + j * n] = value(3 * i + j);
+        *place(2, i, j) = cc[i + j * n] = value(i * j);
+      }
+    double* a = place(0, 0, 0);
+    double* b = place(1, 0, 0);
+    double* c = place(2, 0, 0);
+    const double alpha = 1, beta = 1;
+    for (const char* t : {"N", "T"}) {
+      dgemm_(t, t, &n, &n, &n, &alpha, a, &ld, b, &ld, &beta, c, &ld);
+      dgemm_(t, t, &n, &n, &n, &alpha, ca.data(), &n, cb.data(), &n, &beta, cc.data(), &n);
+      int wrong = 0;
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) wrong += *place(2, i, j) != cc[i + j * n];
+      EXPECT_EQ(wrong, 0) << "n " << n << " trans " << t;
+    }
+  }
+}
+
 }  // namespace
