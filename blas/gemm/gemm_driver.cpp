@@ -155,9 +155,8 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
 #pragma GCC unroll 4
     for (int q = 0; q < NJ; ++q)
       for (int h = 0; h < per; ++h) acc[q][h] = S::zero();
-    const T* ap = a + i;
-    for (int p = 0; p < k; ++p, ap += lda) {
-      const V x = load(ap);
+    for (int p = 0; p < k; ++p) {
+      const V x = load(zar::offset(a, i + static_cast<long long>(p) * lda));
       V av;
       if constexpr (cplx) av = S::addsub(S::mul(x, ar), S::mul(S::swap_pairs(x), ai));
       else av = S::mul(ar, x);

@@ -102,9 +102,10 @@ void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha)
     for (int x0 = 0; x0 < full; x0 += G * W) {
       const int g = imin(G, (full - x0) / W);
       T* d = zar::offset(dst, static_cast<long long>(x0 / W) * stride);
-      const T* s = src + x0;
-      for (int p = 0; p < depth; ++p, s += ld)
+      for (int p = 0; p < depth; ++p) {
+        const T* s = zar::offset(src, x0 + static_cast<long long>(p) * ld);
         for (int q = 0; q < g; ++q) row(s + q * W, zar::offset(d, static_cast<long long>(q) * stride) + p * W);
+      }
     }
   } else {
     for (int x0 = 0; x0 < full; x0 += W) {

@@ -94,7 +94,10 @@ void scal(int n, S alpha, T* x, int incx) {
     // A real factor scales every part: the real kernel on 2n parts.
     if (incx == 1 || incx == -1) return scal<S, S>(2 * n, alpha, reals(x), 1);
     const int step = incx < 0 ? -incx : incx;
-    for (int k = 0; k < n; ++k) x[k * step].re = alpha * x[k * step].re, x[k * step].im = alpha * x[k * step].im;
+    for (int k = 0; k < n; ++k) {
+      T& e = *zar::offset(x, static_cast<long long>(k) * step);
+      e.re = alpha * e.re, e.im = alpha * e.im;
+    }
   } else {
     const int step = incx < 0 ? -incx : incx;
     if (step == 1) {
@@ -106,7 +109,10 @@ void scal(int n, S alpha, T* x, int incx) {
                        }});
       return;
     }
-    for (int k = 0; k < n; ++k) x[k * step] = mul(alpha, x[k * step]);
+    for (int k = 0; k < n; ++k) {
+      T& e = *zar::offset(x, static_cast<long long>(k) * step);
+      e = mul(alpha, e);
+    }
   }
 }
 

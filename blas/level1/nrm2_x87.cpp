@@ -34,13 +34,13 @@ namespace {
       "addl %[s], %[p]\n\tdecl %[r]\n\tjnz 3b\n"                                              \
       "4:\n\tfsqrt\n\tfstpt %[out]\n\t"                                                       \
       : [p] "+r"(p), [b] "+r"(blocks), [r] "+r"(rest), [out] "=m"(root)                       \
-      : [s] "r"(stride), [s3] "r"(3 * stride)                                                 \
+      : [s] "r"(stride), [s3] "r"(3u * stride)                                                 \
       : "memory", "cc", "st", "st(1)", "st(2)", "st(3)", "st(4)")
 
 // Real parts at p + k * stride bytes: a block is 8 elements in two runs of 4.
 #define ZAR_X87_REAL4 \
   ZAR_X87_SQ("(%[p])", 1) ZAR_X87_SQ("(%[p],%[s],1)", 2) ZAR_X87_SQ("(%[p],%[s],2)", 3) ZAR_X87_SQ("(%[p],%[s3],1)", 4)
-long double sumsq_root_real(const double* p, int n, int stride) {
+long double sumsq_root_real(const double* p, int n, unsigned stride) {
   long double root;
   int blocks = n / 8, rest = n % 8;
   ZAR_X87_SUMSQ(ZAR_X87_REAL4 "leal (%[p],%[s],4), %[p]\n\t" ZAR_X87_REAL4, ZAR_X87_SQ("(%[p])", 1));
@@ -49,7 +49,7 @@ long double sumsq_root_real(const double* p, int n, int stride) {
 
 // Complex elements (re at +0, im at +8) at p + k * stride bytes: a block is
 // 4 elements.
-long double sumsq_root_complex(const double* p, int n, int stride) {
+long double sumsq_root_complex(const double* p, int n, unsigned stride) {
   long double root;
   int blocks = n / 4, rest = n % 4;
   ZAR_X87_SUMSQ(ZAR_X87_SQ("(%[p])", 1) ZAR_X87_SQ("8(%[p])", 2) ZAR_X87_SQ("(%[p],%[s],1)", 3)
@@ -70,9 +70,9 @@ double nrm2_x87(int n, const T* x, int incx) {
   long double root;
   const double* r = reinterpret_cast<const double*>(x);
   if constexpr (zar::is_complex_v<T>) {
-    root = step == 1 ? sumsq_root_real(r, 2 * n, 8) : sumsq_root_complex(r, n, 16 * step);
+    root = step == 1 ? sumsq_root_real(r, 2 * n, 8) : sumsq_root_complex(r, n, 16u * step);
   } else {
-    root = sumsq_root_real(r, n, 8 * step);
+    root = sumsq_root_real(r, n, 8u * step);
   }
   asm volatile("fldcw %0" : : "m"(saved));
   return static_cast<double>(root);

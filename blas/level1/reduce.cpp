@@ -160,9 +160,9 @@ real_t<T> asum(int n, const T* x, int incx) {
   R s = 0;
   for (int k = 0; k < n; ++k) {
     if constexpr (is_complex_v<T>)
-      s += std::fabs(x[k * step].re) + std::fabs(x[k * step].im);
+      s += std::fabs((*zar::offset(x, static_cast<long long>(k) * step)).re) + std::fabs((*zar::offset(x, static_cast<long long>(k) * step)).im);
     else
-      s += std::fabs(x[k * step]);
+      s += std::fabs((*zar::offset(x, static_cast<long long>(k) * step)));
   }
   return s;
 }

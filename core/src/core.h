@@ -59,6 +59,11 @@ class region_body {
 // shares may run on fewer threads (down to the caller alone). Nested calls
 // run their shares serially.
 void parallel(int nt, region_body body);
+// As parallel, but with as many shares as threads were free (at most nt,
+// at least 1, the caller alone): for work whose result does not depend on
+// how it is divided, so that a caller finding the workers busy runs its
+// work whole instead of in pieces.
+void parallel_fit(int nt, region_body body);
 
 // ---- errors (xerbla.cpp)
 // Reports an illegal argument of a Fortran-style routine through xerbla_.

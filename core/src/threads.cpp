@@ -73,14 +73,20 @@ std::atomic<bool> creation_warned{false};
 
 class pool {
  public:
-  // Runs the nt shares of body on up to nt threads.
-  void run(int nt, region_body body) {
+  // Runs the nt shares of body on up to nt threads; with fit, as many
+  // shares as threads were found instead.
+  void run(int nt, region_body body, bool fit) {
     worker* claimed[max_claim];
     int got = 0;
     region r{body, nt, 0, {0}, {}};
     {
       std::lock_guard<std::mutex> lk(m_);
-      const int want = nt - 1 < max_claim ? nt - 1 : max_claim;
+      // Callers already running regions count against the thread setting:
+      // with as many callers as threads, each runs alone rather than
+      // crowding the processors with workers.
+      ++callers_;
+      int want = nt - 1 < max_claim ? nt - 1 : max_claim;
+      if (want > max_threads() - callers_) want = max_threads() - callers_;
       if (!stopping_) {
         for (worker* w : workers_)
           if (got < want && !w->busy) claimed[got++] = w;
@@ -90,6 +96,7 @@ class pool {
           claimed[got++] = w;
         }
       }
+      if (fit) r.nt = got + 1;
       r.pending = got;
       for (int i = 0; i < got; ++i) {
         worker* w = claimed[i];
@@ -103,6 +110,7 @@ class pool {
     in_region = false;
     std::unique_lock<std::mutex> lk(m_);
     r.done.wait(lk, [&] { return r.pending == 0; });
+    --callers_;
   }
 
   // Stops and joins the idle workers; leaves any inside a region alone.
@@ -185,6 +193,7 @@ class pool {
   std::mutex m_;
   std::vector<worker*> workers_;
   int limit_ = 1 << 30;  // lowered to the number running when a start fails
+  int callers_ = 0;      // application threads inside run()
   bool stopping_ = false;
 };
 
@@ -256,7 +265,13 @@ void parallel(int nt, region_body body) {
     for (int t = 0; t < (nt < 1 ? 1 : nt); ++t) body(t, nt < 1 ? 1 : nt);
     return;
   }
-  p->run(nt, body);
+  p->run(nt, body, false);
+}
+
+void parallel_fit(int nt, region_body body) {
+  pool* p = nt > 1 && !in_region ? the_pool() : nullptr;
+  if (!p) return body(0, 1);
+  p->run(nt, body, true);
 }
 
 }  // namespace zar::core

@@ -30,12 +30,15 @@ class big_span {
   // The double at byte offset off, its page made readable and writable.
   double* at(std::uint64_t off) {
     const std::uint64_t page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-    char* p = base_ + off;
-    char* first = base_ + off / page * page;
-    mprotect(first, static_cast<size_t>(p + sizeof(double) - first + page - 1) / page * page, PROT_READ | PROT_WRITE);
-    return reinterpret_cast<double*>(p);
+    const std::uint64_t first = off / page * page, last = (off + sizeof(double) + page - 1) / page * page;
+    mprotect(reinterpret_cast<void*>(address(first)), static_cast<size_t>(last - first), PROT_READ | PROT_WRITE);
+    return reinterpret_cast<double*>(address(off));
   }
   char* base() const { return base_; }
+  // The address at byte offset off, formed without pointer arithmetic.
+  std::uintptr_t address(std::uint64_t off) const {
+    return reinterpret_cast<std::uintptr_t>(base_) + static_cast<std::uintptr_t>(off);
+  }
 
  private:
   std::uint64_t bytes_;
@@ -71,7 +74,8 @@ strided_pair place(big_span& span, int n, int inc) {
 }
 double& elem(double* v, int n, int inc, int i) {
   const std::uint64_t slot = static_cast<std::uint64_t>(inc > 0 ? i : n - 1 - i) * (inc > 0 ? inc : -inc);
-  return *reinterpret_cast<double*>(reinterpret_cast<char*>(v) + slot * sizeof(double));
+  return *reinterpret_cast<double*>(reinterpret_cast<std::uintptr_t>(v) +
+                                    static_cast<std::uintptr_t>(slot * sizeof(double)));
 }
 
 TEST(BigStrides, LevelOneVectors) {
@@ -126,7 +130,7 @@ TEST(BigStrides, LeadingDimensions) {
       *span.at(off + 16 * sizeof(double)) = cc[i + j * m] = value(2 * i + j);
     }
   auto c_at = [&](int i, int j) {
-    return *reinterpret_cast<double*>(span.base() + (static_cast<std::uint64_t>(j) * ld + 16 + i) * sizeof(double));
+    return *reinterpret_cast<double*>(span.address((static_cast<std::uint64_t>(j) * ld + 16 + i) * sizeof(double)));
   };
   auto same_c = [&](const char* what) {
     for (int j = 0; j < n; ++j)
@@ -150,6 +154,38 @@ TEST(BigStrides, LeadingDimensions) {
     dgemm_(ta, "N", &m, &n, &n, &alpha, a, &ld, a, &ld, &beta, c, &ld);
     dgemm_(ta, "N", &m, &n, &n, &alpha, ca.data(), &m, ca.data(), &m, &beta, cc.data(), &m);
     same_c(ta);
+  }
+}
+
+// GEMM on its blocked paths: n columns whose leading dimension makes the
+// matrices span more than 2 GiB; A, B and C interleave in one span.
+TEST(BigStrides, GemmLeadingDimensions) {
+  big_span span(kSpan);
+  if (!span.ok()) GTEST_SKIP() << "no 2 GiB of address space to reserve";
+  for (int n : {40, 100}) {
+    const int ld = static_cast<int>((1ull << 31) / (8ull * (n - 1))) + 3 * n;
+    auto place = [&](int which, int i, int j) {
+      return span.at((static_cast<std::uint64_t>(j) * ld + which * n + i) * sizeof(double));
+    };
+    std::vector<double> ca(n * n), cb(n * n), cc(n * n);
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        *place(0, i, j) = ca[i + j * n] = value(i + 2 * j);
+        *place(1, i, j) = cb[i + j * n] = value(3 * i + j);
+        *place(2, i, j) = cc[i + j * n] = value(i * j);
+      }
+    double* a = place(0, 0, 0);
+    double* b = place(1, 0, 0);
+    double* c = place(2, 0, 0);
+    const double alpha = 1, beta = 1;
+    for (const char* t : {"N", "T"}) {
+      dgemm_(t, t, &n, &n, &n, &alpha, a, &ld, b, &ld, &beta, c, &ld);
+      dgemm_(t, t, &n, &n, &n, &alpha, ca.data(), &n, cb.data(), &n, &beta, cc.data(), &n);
+      int wrong = 0;
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) wrong += *place(2, i, j) != cc[i + j * n];
+      EXPECT_EQ(wrong, 0) << "n " << n << " trans " << t;
+    }
   }
 }
 

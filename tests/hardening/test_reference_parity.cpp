@@ -75,23 +75,33 @@ TEST(ReferenceParity, ScalByZeroKeepsNaN) {
 // diagonal and a zero in the matching entry, we give NaN where the
 // reference gives 0.
 TEST(ReferenceDifferences, TriangularSolveDividesInEveryColumn) {
-  // Upper triangular [[2, 1], [0, 0]], right-hand side (4, 0).
-  const double a[4] = {2, 0, 1, 0};
-  const int n = 2, lda = 2, one = 1;
-  double ours[2] = {4, 0};
-  dtrsv_("U", "N", "N", &n, a, &lda, ours, &one);
-  EXPECT_TRUE(std::isnan(ours[1]));
-  EXPECT_TRUE(std::isnan(ours[0]));
-  zar_test::ReferenceBlas ref;
-  if (!ref.available()) return;
+  // Upper triangular [[2, 1], [0, 0]] in full, packed and band storage,
+  // right-hand side (4, 0).
+  const double full[4] = {2, 0, 1, 0}, packed[3] = {2, 1, 0}, band[4] = {0, 2, 1, 0};
+  const int n = 2, lda = 2, one = 1, k = 1;
   using trsv_fn = void (*)(const char*, const char*, const char*, const int*, const double*, const int*, double*,
                            const int*, int, int, int);
-  const auto theirs = ref.sym<trsv_fn>("dtrsv_");
-  ASSERT_NE(theirs, nullptr);
-  double refx[2] = {4, 0};
-  theirs("U", "N", "N", &n, a, &lda, refx, &one, 1, 1, 1);
-  EXPECT_EQ(refx[1], 0.0);
-  EXPECT_EQ(refx[0], 2.0);
+  using tbsv_fn = void (*)(const char*, const char*, const char*, const int*, const int*, const double*, const int*,
+                           double*, const int*, int, int, int);
+  using tpsv_fn = void (*)(const char*, const char*, const char*, const int*, const double*, double*, const int*, int,
+                           int, int);
+  zar_test::ReferenceBlas ref;
+  const auto ref_trsv = ref.sym<trsv_fn>("dtrsv_");
+  const auto ref_tbsv = ref.sym<tbsv_fn>("dtbsv_");
+  const auto ref_tpsv = ref.sym<tpsv_fn>("dtpsv_");
+  for (int form = 0; form < 3; ++form) {
+    double ours[2] = {4, 0}, theirs[2] = {4, 0};
+    if (form == 0) dtrsv_("U", "N", "N", &n, full, &lda, ours, &one);
+    if (form == 1) dtbsv_("U", "N", "N", &n, &k, band, &lda, ours, &one);
+    if (form == 2) dtpsv_("U", "N", "N", &n, packed, ours, &one);
+    EXPECT_TRUE(std::isnan(ours[0]) && std::isnan(ours[1])) << "form " << form;
+    if (!ref.available()) continue;
+    if (form == 0) ref_trsv("U", "N", "N", &n, full, &lda, theirs, &one, 1, 1, 1);
+    if (form == 1) ref_tbsv("U", "N", "N", &n, &k, band, &lda, theirs, &one, 1, 1, 1);
+    if (form == 2) ref_tpsv("U", "N", "N", &n, packed, theirs, &one, 1, 1, 1);
+    EXPECT_EQ(theirs[1], 0.0) << "form " << form;
+    EXPECT_EQ(theirs[0], 2.0) << "form " << form;
+  }
 }
 
 }  // namespace

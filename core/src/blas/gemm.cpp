@@ -83,7 +83,10 @@ void dispatch(const char* ta, const char* tb, const int* m, const int* n, const 
   }
   const bool a_n = opt_upper(ta) == 'N', b_n = opt_upper(tb) == 'N';
   const int units = (len + unit - 1) / unit;
-  parallel(parts, [&](int tid, int np) {
+  // With the workers busy in other callers' regions the call runs whole on
+  // this thread, as a one-thread call does.
+  parallel_fit(parts, [&](int tid, int np) {
+    if (np == 1) return e.xgemm(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
     const int u0 = static_cast<int>(static_cast<long long>(units) * tid / np);
     const int u1 = static_cast<int>(static_cast<long long>(units) * (tid + 1) / np);
     const int lo = u0 * unit, hi = imin(u1 * unit, len);
