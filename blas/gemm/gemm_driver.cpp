@@ -117,7 +117,7 @@ template <class T> void mscale(const int* m, const int* n, const T* beta, T* c, 
   const T b = *beta;
   const bool wipe = is_zero(b);
   for (int j = 0; j < *n; ++j) {
-    T* cj = c + static_cast<long>(j) * *ldc;
+    T* cj = zar::offset(c, static_cast<long long>(j) * *ldc);
     if (wipe) {
       for (int i = 0; i < *m; ++i) cj[i] = zero<T>();
     } else {
@@ -174,7 +174,7 @@ void rows_product(int m, int n, int k, T alpha, const T* a, int lda, const T* b,
     }
 #pragma GCC unroll 4
     for (int q = 0; q < NJ; ++q) {
-      T* cq = c + static_cast<long>(j + q) * ldc + i;
+      T* cq = zar::offset(c, static_cast<long long>(j + q) * ldc) + i;
       V v = acc[q][0];
       if constexpr (cplx) v = S::addsub(acc[q][0], S::swap_pairs(acc[q][1]));
       if (!beta_zero) v = S::add(load(cq), v);
@@ -259,9 +259,9 @@ template <class T> struct body {
   }
 
   // op(A) at (i, p) and op(B) at (p, j) in the caller's arrays.
-  const T* a_at(int i, int p) const { return a_n ? a + (static_cast<long>(p) * lda + i) : a + (static_cast<long>(i) * lda + p); }
-  const T* b_at(int p, int j) const { return b_n ? b + (static_cast<long>(j) * ldb + p) : b + (static_cast<long>(p) * ldb + j); }
-  T* c_at(int i, int j) const { return c + (static_cast<long>(j) * ldc + i); }
+  const T* a_at(int i, int p) const { return a_n ? zar::offset(a, static_cast<long long>(p) * lda + i) : zar::offset(a, static_cast<long long>(i) * lda + p); }
+  const T* b_at(int p, int j) const { return b_n ? zar::offset(b, static_cast<long long>(j) * ldb + p) : zar::offset(b, static_cast<long long>(p) * ldb + j); }
+  T* c_at(int i, int j) const { return zar::offset(c, static_cast<long long>(j) * ldc + i); }
 
   void pack_a(int i0, int mm, int p0, int kk) const { copy_a(&mm, &kk, a_at(i0, p0), &lda, d->a_buf, &d->a_stride, alpha); }
   void pack_b(int p0, int kk, int j0, int nn, T* dst) const { copy_b(&kk, &nn, b_at(p0, j0), &ldb, dst, &d->b_stride, nullptr); }
@@ -383,7 +383,7 @@ template <class T> struct body {
         pack_a(0, mm0, p0, kk);
         for (int js = 0; js < nn; js += d->nr) {
           const int w = imin(d->nr, nn - js);
-          T* panel = d->b_buf + static_cast<long>(js / d->nr) * d->b_stride;
+          T* panel = zar::offset(d->b_buf, static_cast<long long>(js / d->nr) * d->b_stride);
           pack_b(p0, kk, j0 + js, w, panel);
           run(mm0, w, kk, panel, &one_, 0, j0 + js);
         }

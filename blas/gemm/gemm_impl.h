@@ -93,20 +93,20 @@ inline tr trans_of(const char* o) {
 // where r runs along the rows of op(X): op(A)(i, p) = at<TA>(a, lda, i, p),
 // op(B)(p, j) = at<TB>(b, ldb, j, p) read with the roles swapped (see below).
 template <tr M, class T> inline T op_rows(const T* x, int ld, int i, int p) {
-  if constexpr (M == tr::n) return x[i + static_cast<long>(p) * ld];
-  else if constexpr (M == tr::t) return x[p + static_cast<long>(i) * ld];
-  else return conj(x[p + static_cast<long>(i) * ld]);
+  if constexpr (M == tr::n) return *zar::offset(x, i + static_cast<long long>(p) * ld);
+  else if constexpr (M == tr::t) return *zar::offset(x, p + static_cast<long long>(i) * ld);
+  else return conj(*zar::offset(x, p + static_cast<long long>(i) * ld));
 }
 // Where op(B)(p, j) is stored (real types: "C" reads as "T").
 template <tr M, class T> inline const T& op_cols_ref(const T* x, int ld, int p, int j) {
-  if constexpr (M == tr::n) return x[p + static_cast<long>(j) * ld];
-  else return x[j + static_cast<long>(p) * ld];
+  if constexpr (M == tr::n) return *zar::offset(x, p + static_cast<long long>(j) * ld);
+  else return *zar::offset(x, j + static_cast<long long>(p) * ld);
 }
 // op(B)(p, j).
 template <tr M, class T> inline T op_cols(const T* x, int ld, int p, int j) {
-  if constexpr (M == tr::n) return x[p + static_cast<long>(j) * ld];
-  else if constexpr (M == tr::t) return x[j + static_cast<long>(p) * ld];
-  else return conj(x[j + static_cast<long>(p) * ld]);
+  if constexpr (M == tr::n) return *zar::offset(x, p + static_cast<long long>(j) * ld);
+  else if constexpr (M == tr::t) return *zar::offset(x, j + static_cast<long long>(p) * ld);
+  else return conj(*zar::offset(x, j + static_cast<long long>(p) * ld));
 }
 
 // Calls f.template operator()<TA>() with the transpose mode as a constant.
@@ -127,7 +127,7 @@ void direct_product(int m, int n, int k, T alpha, const T* a, int lda, const T* 
   auto finish = [&](T* cij, T v) { *cij = beta_zero ? v : add(*cij, v); };
   const int n2 = n / 2 * 2, k4 = k / 4 * 4;
   for (int j = 0; j < n2; j += 2) {
-    T* c0 = c + static_cast<long>(j) * ldc;
+    T* c0 = zar::offset(c, static_cast<long long>(j) * ldc);
     T* c1 = c0 + ldc;
     for (int i = 0; i < m; ++i) {
       dot_acc<T> s0, s1;
@@ -148,7 +148,7 @@ void direct_product(int m, int n, int k, T alpha, const T* a, int lda, const T* 
     }
   }
   if (n2 < n) {
-    T* c0 = c + static_cast<long>(n2) * ldc;
+    T* c0 = zar::offset(c, static_cast<long long>(n2) * ldc);
     for (int i = 0; i < m; ++i) {
       dot_acc<T> s0;
       for (int p = 0; p < k; ++p) s0.add(mul(alpha, op_rows<TA>(a, lda, i, p)), op_cols<TB>(b, ldb, p, n2));

@@ -100,7 +100,7 @@ template <class T, bool B0> inline void store_full(block<real_of<T>> blk, T* c, 
   using S = vec_of<T>;
   const int nc = columns<T>(blk);
   for (int j = 0; j < nc; ++j) {
-    auto* cj = reinterpret_cast<real_of<T>*>(c + static_cast<long>(j) * ldc);
+    auto* cj = reinterpret_cast<real_of<T>*>(zar::offset(c, static_cast<long long>(j) * ldc));
     if constexpr (B0) S::store(cj, blk.v[j]);
     else S::store(cj, S::add(S::load(cj), blk.v[j]));
   }
@@ -113,7 +113,7 @@ template <class T, bool B0> inline void store_part(block<real_of<T>> blk, T* c, 
   alignas(32) T t[4][cfg<T>::mr];
   for (int j = 0; j < cfg<T>::nr; ++j) S::store(reinterpret_cast<real_of<T>*>(t[j]), blk.v[j]);
   for (int j = 0; j < cols; ++j) {
-    T* cj = c + static_cast<long>(j) * ldc;
+    T* cj = zar::offset(c, static_cast<long long>(j) * ldc);
     for (int i = 0; i < rows; ++i) cj[i] = B0 ? t[j][i] : add(cj[i], t[j][i]);
   }
 }
@@ -138,15 +138,15 @@ void packed_block(int m, int n, int k, const T* a, int a_stride, const T* b, int
   for (int i0 = 0; i0 < m; i0 += mc) {
     const int i1 = imin(m, i0 + mc);
     for (int j = 0; j < n; j += nr) {
-      const R* bp = reinterpret_cast<const R*>(b + static_cast<long>(j / nr) * b_stride);
-      T* cj = c + static_cast<long>(j) * ldc;
+      const R* bp = reinterpret_cast<const R*>(zar::offset(b, static_cast<long long>(j / nr) * b_stride));
+      T* cj = zar::offset(c, static_cast<long long>(j) * ldc);
       const int cols = imin(nr, n - j);
       for (int i = i0; i < i1; i += mr) {
-        const R* ap = reinterpret_cast<const R*>(a + static_cast<long>(i / mr) * a_stride);
+        const R* ap = reinterpret_cast<const R*>(zar::offset(a, static_cast<long long>(i / mr) * a_stride));
         // The columns of C this block updates, one line ahead: the next
         // blocks down the same columns come out of the cache.
         for (int q = 0; q < cols; ++q)
-          _mm_prefetch(reinterpret_cast<const char*>(cj + i + static_cast<long>(q) * ldc) + 64, _MM_HINT_T0);
+          _mm_prefetch(reinterpret_cast<const char*>(zar::offset(cj, i + static_cast<long long>(q) * ldc)) + 64, _MM_HINT_T0);
         const block<R> blk = micro<R>(kp, ap, bp);
         if (!Partial && cols == nr) store_full<T, B0>(blk, cj + i, ldc);
         else store_part<T, B0>(blk, cj + i, ldc, Partial ? m : mr, cols);
@@ -182,7 +182,7 @@ void packed_ker(const char* ta, const char* tb, const int* m, const int* n, cons
     else kernel_0<T, false>(ta, tb, &m4, n, k, alpha, a, a_stride, b, b_stride, beta, c, ldc, work, 2);
   }
   if (r > 0)
-    ker0_pst<T>(ta, tb, &r, n, k, alpha, a + static_cast<long>(m4 / mr) * *a_stride, a_stride, b, b_stride, beta,
+    ker0_pst<T>(ta, tb, &r, n, k, alpha, zar::offset(a, static_cast<long long>(m4 / mr) * *a_stride), a_stride, b, b_stride, beta,
                 c + m4, ldc, work, 2);
 }
 
@@ -210,10 +210,10 @@ void ker0(const char* ta, const char* tb, const int* m, const int* n, const int*
       const tr mb = trans_of(tb);
       for (int j = 0; j < *n; j += nr) {
         const int w = imin(nr, *n - j);
-        const T* src = mb == tr::n ? b + static_cast<long>(j) * ldb : b + j;
+        const T* src = mb == tr::n ? zar::offset(b, static_cast<long long>(j) * ldb) : b + j;
         with_trans(mb, [&]<tr M>() { pack_b<T, M>(*k, w, src, ldb, work, stride); });
         packed_ker<T>(ta, tb, m, &w, &kp, alpha, a, a_stride, work, &stride, beta,
-                      c + static_cast<long>(j) * *ldc, ldc, work);
+                      zar::offset(c, static_cast<long long>(j) * *ldc), ldc, work);
       }
       return;
     }
@@ -224,8 +224,8 @@ void ker0(const char* ta, const char* tb, const int* m, const int* n, const int*
           // A packed B panel reads as op(B) = T(panel) with leading dimension nr.
           for (int j = 0; j < *n; j += nr)
             direct_product<T, TA, tr::t>(*m, imin(nr, *n - j), *k, *alpha, a, *a_stride,
-                                         b + static_cast<long>(j / nr) * *b_stride, nr, b0,
-                                         c + static_cast<long>(j) * *ldc, *ldc);
+                                         zar::offset(b, static_cast<long long>(j / nr) * *b_stride), nr, b0,
+                                         zar::offset(c, static_cast<long long>(j) * *ldc), *ldc);
         } else {
           with_trans(trans_of(tb), [&]<tr TB>() {
             direct_product<T, TA, TB>(*m, *n, *k, *alpha, a, *a_stride, b, *b_stride, b0, c, *ldc);

@@ -60,8 +60,8 @@ template <class T, int W, bool Scale> inline int interleave_lines(const T* src, 
     if constexpr (Scale) al = _mm_loaddup_pd(reinterpret_cast<const double*>(&alpha));
     for (; p + 2 <= depth; p += 2)
       for (int x = 0; x < W; x += 2) {
-        const __m128d r0 = _mm_loadu_pd(s + p + static_cast<long>(x) * ld);
-        const __m128d r1 = _mm_loadu_pd(s + p + static_cast<long>(x + 1) * ld);
+        const __m128d r0 = _mm_loadu_pd(zar::offset(s, p + static_cast<long long>(x) * ld));
+        const __m128d r1 = _mm_loadu_pd(zar::offset(s, p + static_cast<long long>(x + 1) * ld));
         __m128d lo = _mm_unpacklo_pd(r0, r1), hi = _mm_unpackhi_pd(r0, r1);
         if constexpr (Scale) lo = _mm_mul_pd(al, lo), hi = _mm_mul_pd(al, hi);
         _mm_storeu_pd(o + p * W + x, lo);
@@ -88,7 +88,7 @@ template <class T, int W, bool LineContig, bool Conj, bool Scale>
 void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha) {
   const int kp = round_up(depth, cfg<T>::kr);
   auto value = [&](int x, int p) {
-    T v = LineContig ? src[x + static_cast<long>(p) * ld] : src[p + static_cast<long>(x) * ld];
+    T v = LineContig ? *zar::offset(src, x + static_cast<long long>(p) * ld) : *zar::offset(src, p + static_cast<long long>(x) * ld);
     if constexpr (Conj) v = conj(v);
     if constexpr (Scale) v = mul(alpha, v);
     return v;
@@ -101,28 +101,28 @@ void pack(int len, int depth, const T* src, int ld, T* dst, int stride, T alpha)
     const row32<T, Conj, Scale> row(alpha);
     for (int x0 = 0; x0 < full; x0 += G * W) {
       const int g = imin(G, (full - x0) / W);
-      T* d = dst + static_cast<long>(x0 / W) * stride;
+      T* d = zar::offset(dst, static_cast<long long>(x0 / W) * stride);
       const T* s = src + x0;
       for (int p = 0; p < depth; ++p, s += ld)
-        for (int q = 0; q < g; ++q) row(s + q * W, d + static_cast<long>(q) * stride + p * W);
+        for (int q = 0; q < g; ++q) row(s + q * W, zar::offset(d, static_cast<long long>(q) * stride) + p * W);
     }
   } else {
     for (int x0 = 0; x0 < full; x0 += W) {
-      T* d = dst + static_cast<long>(x0 / W) * stride;
+      T* d = zar::offset(dst, static_cast<long long>(x0 / W) * stride);
       int p = 0;
       if constexpr (!LineContig && !Conj && (!Scale || !is_complex_v<T>))
-        p = interleave_lines<T, W, Scale>(src + static_cast<long>(x0) * ld, ld, depth, d, alpha);
+        p = interleave_lines<T, W, Scale>(zar::offset(src, static_cast<long long>(x0) * ld), ld, depth, d, alpha);
       for (; p < depth; ++p)
         for (int x = 0; x < W; ++x) d[p * W + x] = value(x0 + x, p);
     }
   }
   if (full < len) {  // the last, partial panel
-    T* d = dst + static_cast<long>(full / W) * stride;
+    T* d = zar::offset(dst, static_cast<long long>(full / W) * stride);
     for (int p = 0; p < depth; ++p)
       for (int x = 0; x < W; ++x) d[p * W + x] = full + x < len ? value(full + x, p) : zero<T>();
   }
   for (int x0 = 0; x0 < len; x0 += W) {  // the padded depth
-    T* d = dst + static_cast<long>(x0 / W) * stride;
+    T* d = zar::offset(dst, static_cast<long long>(x0 / W) * stride);
     for (int p = depth; p < kp; ++p)
       for (int x = 0; x < W; ++x) d[p * W + x] = zero<T>();
   }

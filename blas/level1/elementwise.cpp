@@ -177,15 +177,18 @@ void rotm_walk(int n, R* x, int incx, R* y, int incy, const R* h) {
   const strided<R> xs(x, n, incx), ys(y, n, incy);
   for (int k = 0; k < n; ++k) rotm_pair<Flag>(xs[k], ys[k], h);
 }
+// The flag selects as the published routine does, for every value: -2 is
+// the identity, any other negative flag the full matrix, 0 the off-diagonal
+// form and anything else (1, other positive values, NaN) the diagonal form.
 template <class R>
 void rotm(int n, R* x, int incx, R* y, int incy, const R* param) {
-  if (n < 1) return;
   const R flag = param[0];
-  if (flag == -1)
+  if (n < 1 || flag + R(2) == R(0)) return;
+  if (flag < 0)
     rotm_walk<-1>(n, x, incx, y, incy, param);
   else if (flag == 0)
     rotm_walk<0>(n, x, incx, y, incy, param);
-  else if (flag == 1)
+  else
     rotm_walk<1>(n, x, incx, y, incy, param);
 }
 

@@ -92,7 +92,7 @@ __attribute__((noinline)) int search_nonan(int n, const T* x, int incx) {
     }
   }
   for (; i < n; ++i) {
-    const R m = magnitude(x[static_cast<std::ptrdiff_t>(i) * incx]);
+    const R m = magnitude(*zar::offset(x, static_cast<long long>(i) * incx));
     if (C::better(m, best)) best = m, index = i + 1;
   }
   return index;
@@ -106,7 +106,7 @@ int search(int n, const T* x, int incx) {
   int index = search_nonan<T, C>(n, x, incx);
   if ((_mm_getcsr() & invalid) && n > 0) {
     for (int k = 0; k < n; ++k) {
-      const real_t<T> m = magnitude(x[static_cast<std::ptrdiff_t>(k) * incx]);
+      const real_t<T> m = magnitude(*zar::offset(x, static_cast<long long>(k) * incx));
       if (m != m) {
         index = k + 1;
         break;

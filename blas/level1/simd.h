@@ -186,8 +186,8 @@ template <class T>
 struct strided {
   T* p;
   std::ptrdiff_t inc;
-  strided(T* base, int n, int incx) : p(base + vec_start(n, incx)), inc(incx) {}
-  T& operator[](int k) const { return p[k * inc]; }
+  strided(T* base, int n, int incx) : p(zar::offset(base, vec_start(n, incx))), inc(incx) {}
+  T& operator[](int k) const { return *zar::offset(p, static_cast<long long>(k) * inc); }
 };
 
 // Unit-stride streaming update of n elements. Op::one(i) updates element i,

@@ -52,13 +52,13 @@ void gemv_n_generic(int m, int n, T alpha, const T* a, ptrdiff_t lda, vec<const 
   int j = 0;
   for (; j + 4 <= n; j += 4) {
     const T t0 = mul(alpha, x[j]), t1 = mul(alpha, x[j + 1]), t2 = mul(alpha, x[j + 2]), t3 = mul(alpha, x[j + 3]);
-    const T *a0 = a + j * lda, *a1 = a0 + lda, *a2 = a1 + lda, *a3 = a2 + lda;
+    const T *a0 = zar::offset(a, j * static_cast<long long>(lda)), *a1 = zar::offset(a0, lda), *a2 = zar::offset(a1, lda), *a3 = zar::offset(a2, lda);
     for (int i = 0; i < m; ++i)
       y[i] = add(y[i], add(add(mul(a0[i], t0), mul(a1[i], t1)), add(mul(a2[i], t2), mul(a3[i], t3))));
   }
   for (; j < n; ++j) {
     const T t = mul(alpha, x[j]);
-    const T* aj = a + j * lda;
+    const T* aj = zar::offset(a, j * static_cast<long long>(lda));
     for (int i = 0; i < m; ++i) y[i] = add(y[i], mul(aj[i], t));
   }
 }
@@ -75,7 +75,7 @@ void gemv_n_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, vec<const R> x
   int j = 0;
   for (; j + 4 <= n; j += 4) {
     const R t0 = alpha * x[j], t1 = alpha * x[j + 1], t2 = alpha * x[j + 2], t3 = alpha * x[j + 3];
-    const R *a0 = a + j * lda, *a1 = a0 + lda, *a2 = a1 + lda, *a3 = a2 + lda;
+    const R *a0 = zar::offset(a, j * static_cast<long long>(lda)), *a1 = zar::offset(a0, lda), *a2 = zar::offset(a1, lda), *a3 = zar::offset(a2, lda);
     int i = 0;
     for (; i < peel; ++i) y[i] = y[i] + ((a0[i] * t0 + a1[i] * t1) + (a2[i] * t2 + a3[i] * t3));
     const typename S::V v0 = S::set1(t0), v1 = S::set1(t1), v2 = S::set1(t2), v3 = S::set1(t3);
@@ -91,7 +91,7 @@ void gemv_n_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, vec<const R> x
   }
   for (; j < n; ++j) {
     const R t = alpha * x[j];
-    const R* aj = a + j * lda;
+    const R* aj = zar::offset(a, j * static_cast<long long>(lda));
     int i = 0;
     for (; i < peel; ++i) y[i] = y[i] + aj[i] * t;
     const auto vt = S::set1(t);
@@ -104,7 +104,7 @@ void gemv_n_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, vec<const R> x
 template <class T, bool Conj>
 void gemv_t_generic(int m, int n, T alpha, const T* a, ptrdiff_t lda, vec<const T> x, vec<T> y) {
   for (int j = 0; j < n; ++j) {
-    const T* aj = a + j * lda;
+    const T* aj = zar::offset(a, j * static_cast<long long>(lda));
     T s = zero<T>();
     for (int i = 0; i < m; ++i) s = add(s, mul(cj<Conj>(aj[i]), x[i]));
     y[j] = add(y[j], mul(alpha, s));
@@ -120,7 +120,7 @@ void gemv_t_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, const R* x, ve
   const int vend = peel + (m - peel) / L * L;
   int j = 0;
   for (; j + 4 <= n; j += 4) {
-    const R *a0 = a + j * lda, *a1 = a0 + lda, *a2 = a1 + lda, *a3 = a2 + lda;
+    const R *a0 = zar::offset(a, j * static_cast<long long>(lda)), *a1 = zar::offset(a0, lda), *a2 = zar::offset(a1, lda), *a3 = zar::offset(a2, lda);
     R s0 = 0, s1 = 0, s2 = 0, s3 = 0;
     int i = 0;
     for (; i < peel; ++i) {
@@ -156,7 +156,7 @@ void gemv_t_avx(int m, int n, R alpha, const R* a, ptrdiff_t lda, const R* x, ve
     y[j + 3] = y[j + 3] + alpha * s3;
   }
   for (; j < n; ++j) {
-    const R* aj = a + j * lda;
+    const R* aj = zar::offset(a, j * static_cast<long long>(lda));
     R s = 0;
     int i = 0;
     for (; i < peel; ++i) s = s + aj[i] * x[i];
@@ -201,7 +201,7 @@ template <class T> void gem2v_f(ZAR_L2_GEM2V_ARGS(T)) {
   const vec<const T> x1v = view(x1, N, *incx1), x2v = view(x2, M, *incx2);
   const vec<T> y1v = view(y1, M, *incy1), y2v = view(y2, N, *incy2);
   for (int j = 0; j < N; ++j) {
-    const T* aj = a + static_cast<ptrdiff_t>(j) * *lda;
+    const T* aj = zar::offset(a, static_cast<long long>(j) * *lda);
     const T t = mul(al, x1v[j]);
     T s = zero<T>();
     for (int i = 0; i < M; ++i) {
@@ -262,13 +262,13 @@ template <class C, class R> void mix_gemv(ZAR_L2_MIXGEMV_ARGS(C, R)) {
     if (tr == 'n') {
       for (int j = 0; j < N; ++j) {
         const C t = mul(*alpha, xv[j]);
-        for (int i = 0; i < M; ++i) yv[i] = add(yv[i], rmul(a[i + j * ld], t));
+        for (int i = 0; i < M; ++i) yv[i] = add(yv[i], rmul(*zar::offset(a, i + j * static_cast<long long>(ld)), t));
       }
       return;
     }
     for (int j = 0; j < N; ++j) {
       C s = zero<C>();
-      for (int i = 0; i < M; ++i) s = add(s, rmul(a[i + j * ld], xv[i]));
+      for (int i = 0; i < M; ++i) s = add(s, rmul(*zar::offset(a, i + j * static_cast<long long>(ld)), xv[i]));
       yv[j] = add(yv[j], mul(*alpha, s));
     }
     return;

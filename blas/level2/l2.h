@@ -65,10 +65,10 @@ template <class R> inline cx<R> div(cx<R> a, cx<R> b) {
 template <class T> struct vec {
   T* p;
   ptrdiff_t inc;
-  T& operator[](ptrdiff_t i) const { return p[i * inc]; }
+  T& operator[](ptrdiff_t i) const { return *zar::offset(p, static_cast<long long>(i) * inc); }
 };
 // the vector of n elements passed as (x, inc) by the published rule
-template <class T> inline vec<T> view(T* x, int n, int inc) { return {x + vec_start(n, inc), inc}; }
+template <class T> inline vec<T> view(T* x, int n, int inc) { return {zar::offset(x, vec_start(n, inc)), inc}; }
 
 // ---- option characters to modes
 inline char uplo_mode(const char* c) { return opt_upper(c) == 'U' ? 'u' : 'l'; }

@@ -37,7 +37,7 @@ template <class T, bool Conj> void ger(ZAR_L2_GER_ARGS(T)) {
   const bool unit = *incx == 1;
   auto column = [&](int j) {
     const T t = mul(al, cj<Conj>(yv[j]));
-    T* aj = a + j * ld;
+    T* aj = zar::offset(a, j * static_cast<long long>(ld));
     if constexpr (!is_complex_v<T>) {
       if (unit) return axpy_col(M, t, x, aj);
     }
@@ -48,7 +48,7 @@ template <class T, bool Conj> void ger(ZAR_L2_GER_ARGS(T)) {
     const bool z0 = is_zero(yv[j]), z1 = is_zero(yv[j + 1]);
     if (!z0 && !z1 && !unit) {
       const T t0 = mul(al, cj<Conj>(yv[j])), t1 = mul(al, cj<Conj>(yv[j + 1]));
-      T *a0 = a + j * ld, *a1 = a0 + ld;
+      T *a0 = zar::offset(a, j * static_cast<long long>(ld)), *a1 = zar::offset(a0, ld);
       for (int i = 0; i < M; ++i) {
         const T xi = xv[i];
         a0[i] = add(a0[i], mul(xi, t0));

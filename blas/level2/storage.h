@@ -15,7 +15,7 @@ template <class T> struct full_store {
   T* a;
   ptrdiff_t lda;
   int n;
-  T* col(int j) const { return a + j * lda; }
+  T* col(int j) const { return zar::offset(a, j * static_cast<long long>(lda)); }
   int lo(int) const { return 0; }
   int hi(int) const { return n - 1; }
 };
@@ -27,8 +27,8 @@ template <class T, char U> struct packed_store {
   int n;
   T* col(int j) const {
     const ptrdiff_t jj = j;
-    if constexpr (U == 'u') return ap + jj * (jj + 1) / 2;
-    else return ap + jj * n - jj * (jj - 1) / 2 - jj;
+    if constexpr (U == 'u') return zar::offset(ap, static_cast<long long>(jj) * (jj + 1) / 2);
+    else return zar::offset(ap, static_cast<long long>(jj) * n - static_cast<long long>(jj) * (jj - 1) / 2 - jj);
   }
   int lo(int) const { return 0; }
   int hi(int) const { return n - 1; }
@@ -41,8 +41,8 @@ template <class T, char U> struct band_store {
   ptrdiff_t lda;
   int n, k;
   T* col(int j) const {
-    if constexpr (U == 'u') return a + j * lda + k - j;
-    else return a + j * lda - j;
+    if constexpr (U == 'u') return zar::offset(a, j * static_cast<long long>(lda) + k - j);
+    else return zar::offset(a, j * static_cast<long long>(lda) - j);
   }
   int lo(int j) const { return std::max(0, j - k); }
   int hi(int j) const { return std::min(n - 1, j + k); }

@@ -133,7 +133,7 @@ template <class T> void gbmv(ZAR_L2_GBMV_ARGS(T)) {
   const ptrdiff_t ld = *lda;
   on_trans<T>(tr, [&]<char TR>() {
     for (int j = 0; j < N; ++j) {
-      const T* aj = a + j * ld + KU - j;  // element (i, j) at aj[i]
+      const T* aj = zar::offset(a, j * static_cast<long long>(ld) + KU - j);  // element (i, j) at aj[i]
       const int b = std::max(0, j - KU), e = std::min(M, j + KL + 1);
       if constexpr (TR == 'n') {
         const T t = mul(al, xv[j]);

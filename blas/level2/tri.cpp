@@ -64,16 +64,16 @@ void tri_mul_rows(int n, const T* a, ptrdiff_t lda, const T* src, vec<T> x, int 
   for (int r = first; r < last; ++r) {
     T v = src[r];
     if constexpr (TR == 'n') {
-      if (D == 'n' && !is_zero(v)) v = mul(v, a[r + r * lda]);
+      if (D == 'n' && !is_zero(v)) v = mul(v, *zar::offset(a, r + r * static_cast<long long>(lda)));
       if constexpr (U == 'u') {
         for (int j = r + 1; j < n; ++j)
-          if (!is_zero(src[j])) v = add(v, mul(src[j], a[r + j * lda]));
+          if (!is_zero(src[j])) v = add(v, mul(src[j], *zar::offset(a, r + j * static_cast<long long>(lda))));
       } else {
         for (int j = r - 1; j >= 0; --j)
-          if (!is_zero(src[j])) v = add(v, mul(src[j], a[r + j * lda]));
+          if (!is_zero(src[j])) v = add(v, mul(src[j], *zar::offset(a, r + j * static_cast<long long>(lda))));
       }
     } else {
-      const T* ar = a + r * lda;
+      const T* ar = zar::offset(a, r * static_cast<long long>(lda));
       if constexpr (D == 'n') v = mul(v, cj<C>(ar[r]));
       if constexpr (U == 'u')
         for (int i = r - 1; i >= 0; --i) v = add(v, mul(cj<C>(ar[i]), src[i]));
@@ -167,10 +167,10 @@ template <class T, char U, char TR, char D> void trsv_blocked(int n, const T* a,
     if (done_n > 0) {
       T* xb = sub_ptr(xv, s, len);
       const T* xd = sub_ptr(xv, done_lo, done_n);
-      if constexpr (TR == 'n') front_gemv(&gt, &len, &done_n, &mone, a + s + done_lo * lda, &ld, xd, &incx, &one, xb, &incx);
-      else front_gemv(&gt, &done_n, &len, &mone, a + done_lo + s * lda, &ld, xd, &incx, &one, xb, &incx);
+      if constexpr (TR == 'n') front_gemv(&gt, &len, &done_n, &mone, zar::offset(a, s + done_lo * static_cast<long long>(lda)), &ld, xd, &incx, &one, xb, &incx);
+      else front_gemv(&gt, &done_n, &len, &mone, zar::offset(a, done_lo + s * static_cast<long long>(lda)), &ld, xd, &incx, &one, xb, &incx);
     }
-    tri_solve<T, U, TR, D>(full_store<const T>{a + s + s * lda, lda, len}, len, vec<T>{&xv[s], xv.inc});
+    tri_solve<T, U, TR, D>(full_store<const T>{zar::offset(a, s + s * static_cast<long long>(lda)), lda, len}, len, vec<T>{&xv[s], xv.inc});
   }
 }
 

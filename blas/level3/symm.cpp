@@ -53,7 +53,8 @@ template <class T, bool Herm> void symm(ZAR_L3_SYMM_ARGS(T)) {
   const char mirror[2] = {Herm ? 'C' : 'T', 0};
   const T one_ = one<T>();
 
-  work<T> block(static_cast<long long>(kb) * kb);
+  const long long edge = imin(kb, order);
+  work<T> block(edge * edge);
   T* d = block.get();
   if (!d) {
     // Element by element in the engine's order: alpha folded into the left

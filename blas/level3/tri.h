@@ -314,7 +314,7 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
       diagonal(k0, k);
       return;
     }
-    const int k1 = (k + nb - 1) / nb / 2 * nb, k2 = k - k1;
+    const int k1 = k / 2, k2 = k - k1;
     const int s0 = Up ? k0 : k0 + k1, ks = Up ? k1 : k2;
     const int t0 = Up ? k0 + k1 : k0, kt = Up ? k2 : k1;
     if constexpr (O == op::solve) {

@@ -73,17 +73,15 @@ template <class T> class triangle_update {
   void columns(int first, int last) {
     first = imax(first, 0), last = imin(last, n_);
     if (first >= last) return;
-    bool any = k_ > 0;
-    if (any) {
-      any = false;
-      for (int t = 0; t < nterms_; ++t) any = any || !is_zero(terms_[t].alpha);
-    }
-    if (!any) {
+    bool any_product = false;
+    for (int t = 0; t < nterms_; ++t) any_product = any_product || !is_zero(terms_[t].alpha);
+    if (k_ < 1 || !any_product) {
       scale_only(first, last);
       return;
     }
-    work<T> tile(static_cast<long long>(tile_max) * tile_max);
-    tile_ = tile.get();
+    const long long side = imin(tile_max, last - first);
+    work<T> area(side * side);
+    tile_ = area.get();
     if (upper_) rect(0, first, first, last - first);
     else rect(last, first, n_ - last, last - first);
     diagonal_block(first, last);

@@ -2,7 +2,7 @@
 #pragma once
 #include <atomic>
 #include <cstddef>
-#include <functional>
+#include <type_traits>
 
 #define ZAR_API extern "C" __attribute__((visibility("default")))
 
@@ -18,6 +18,9 @@ struct settings {
   std::atomic<int> enabled_cap{-1};  // ZAR_FEATURE_* mask cap, -1: none
 };
 settings& config();
+// Warns once about an environment variable's bad value: what was expected
+// and the fallback used instead.
+void env_warning(const char* var, const char* value, const char* expected, const char* fallback);
 
 // ---- processor (cpu.cpp)
 int cpu_features();          // detected
@@ -30,12 +33,32 @@ void cache_record_detected(long long* record);
 // Loads the default kernel library if needed and returns the named entry
 // point; prints what is wrong and stops the program when it cannot.
 void* require_kernel(const char* name);
+// Held across fork (with the thread pool's lock), so that a child never
+// inherits the loader's lock taken by a thread it does not have.
+void loader_before_fork();
+void loader_after_fork();
 
 // ---- threads (threads.cpp)
 int max_threads();
-// Runs body(tid, nt) for tid = 0 .. nt-1 on nt threads, the caller being
-// thread 0, and returns when all are done. Nested calls run serially.
-void parallel(int nt, const std::function<void(int, int)>& body);
+// A reference to the body of a parallel region, body(tid, nt): it neither
+// copies nor allocates, so starting a region cannot fail for want of memory.
+class region_body {
+ public:
+  template <class F, class = std::enable_if_t<!std::is_same_v<std::decay_t<F>, region_body>>>
+  region_body(const F& f)  // NOLINT: taking any callable is the point
+      : obj_(&f), call_([](const void* o, int t, int n) { (*static_cast<const F*>(o))(t, n); }) {}
+  void operator()(int tid, int nt) const { call_(obj_, tid, nt); }
+
+ private:
+  const void* obj_;
+  void (*call_)(const void*, int, int);
+};
+// Runs body(tid, nt) once for each tid = 0 .. nt-1 and returns when all are
+// done. The caller and the pool's idle workers take the shares in turn: the
+// workers another application thread is using are not waited for, so the
+// shares may run on fewer threads (down to the caller alone). Nested calls
+// run their shares serially.
+void parallel(int nt, region_body body);
 
 // ---- errors (xerbla.cpp)
 // Reports an illegal argument of a Fortran-style routine through xerbla_.

@@ -77,7 +77,9 @@ const cpu_facts& facts() {
   return f;
 }
 
-long long sysfs_cache(int level, bool data) {
+// 0 when the kernel does not describe the cache (or the description
+// cannot be read for want of memory).
+long long sysfs_cache(int level, bool data) try {
   for (int index = 0; index < 8; ++index) {
     const std::string base = "/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index) + "/";
     std::ifstream lv(base + "level"), ty(base + "type"), sz(base + "size");
@@ -90,6 +92,8 @@ long long sysfs_cache(int level, bool data) {
     if (!size.empty() && (size.back() == 'M')) v <<= 20;
     return v;
   }
+  return 0;
+} catch (...) {
   return 0;
 }
 

@@ -1,6 +1,7 @@
 // Settings of the core: read from the environment when the library is
 // loaded, changed afterwards through the control interface.
 #include <cctype>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,54 +30,83 @@ bool ieq(const char* a, const char* b) {
   return *a == *b;
 }
 
-// A whole number with an optional K, M or G suffix; false when malformed.
-bool parse_size(const char* s, long long* out) {
-  char* end = nullptr;
-  long long v = std::strtoll(s, &end, 10);
-  if (end == s || v < 0) return false;
-  switch (std::toupper(static_cast<unsigned char>(*end))) {
-    case 'K': v <<= 10; ++end; break;
-    case 'M': v <<= 20; ++end; break;
-    case 'G': v <<= 30; ++end; break;
-    default: break;
+// A whole number written with decimal digits only (no sign, no blanks),
+// at most `max`; false when malformed or larger.
+bool parse_count(const char* s, long long max, long long* out) {
+  if (!*s) return false;
+  long long v = 0;
+  for (; *s; ++s) {
+    if (*s < '0' || *s > '9') return false;
+    v = v * 10 + (*s - '0');
+    if (v > max) return false;
   }
-  if (*end == 'B' || *end == 'b') ++end;
-  if (*end != '\0') return false;
   *out = v;
   return true;
 }
 
-void env_warning(const char* var, const char* value, const char* expected) {
-  std::fprintf(stderr, "zar: warning: ignoring %s=\"%s\": expected %s\n", var, value, expected);
+// A size in bytes: digits with an optional K, M or G suffix (and an
+// optional B), at most 1 TiB.
+bool parse_size(const char* s, long long* out) {
+  constexpr long long max = 1LL << 40;
+  char digits[24];
+  const char* end = s;
+  while (*end >= '0' && *end <= '9') ++end;
+  if (end - s >= static_cast<long>(sizeof digits)) return false;
+  std::memcpy(digits, s, end - s);
+  digits[end - s] = '\0';
+  int shift = 0;
+  switch (std::toupper(static_cast<unsigned char>(*end))) {
+    case 'K': shift = 10; ++end; break;
+    case 'M': shift = 20; ++end; break;
+    case 'G': shift = 30; ++end; break;
+    default: break;
+  }
+  if (*end == 'B' || *end == 'b') ++end;
+  long long v = 0;
+  if (*end != '\0' || !parse_count(digits, max >> shift, &v)) return false;
+  *out = v << shift;
+  return true;
 }
+
+}  // namespace
+
+// One warning per bad value: the variable, the value, what was expected and
+// what is used instead.
+void env_warning(const char* var, const char* value, const char* expected, const char* fallback) {
+  config().warnings.fetch_add(1);
+  std::fprintf(stderr, "zar: warning: ignoring %s=\"%s\": expected %s; using %s\n", var, value, expected, fallback);
+  std::fflush(stderr);
+}
+
+namespace {
 
 void read_environment() {
   settings& s = config();
-  if (const char* v = std::getenv("ZAR_CBWR"); v && *v) {
-    char* end = nullptr;
-    const long n = std::strtol(v, &end, 10);
+  if (const char* v = std::getenv("ZAR_CBWR")) {
+    long long n = 0;
     if (ieq(v, "OFF")) s.cbwr = ZAR_CBWR_OFF;
     else if (ieq(v, "AUTO")) s.cbwr = ZAR_CBWR_AUTO;
     else if (ieq(v, "COMPATIBLE")) s.cbwr = ZAR_CBWR_COMPATIBLE;
-    else if (*end == '\0' && n >= 1) s.cbwr = static_cast<int>(n);
-    else env_warning("ZAR_CBWR", v, "OFF, AUTO, COMPATIBLE or a positive number");
+    else if (parse_count(v, INT_MAX, &n) && n >= 1) s.cbwr = static_cast<int>(n);
+    else env_warning("ZAR_CBWR", v, "OFF, AUTO, COMPATIBLE or a positive number", "the default, OFF");
   }
-  if (const char* v = std::getenv("ZAR_VERBOSE"); v && *v) {
+  if (const char* v = std::getenv("ZAR_VERBOSE")) {
     if (std::strcmp(v, "0") == 0 || std::strcmp(v, "1") == 0) s.verbose = v[0] - '0';
-    else env_warning("ZAR_VERBOSE", v, "0 or 1");
+    else env_warning("ZAR_VERBOSE", v, "0 or 1", "the default, 0");
   }
-  if (const char* v = std::getenv("ZAR_NUM_THREADS"); v && *v) {
-    char* end = nullptr;
-    const long n = std::strtol(v, &end, 10);
-    if (*end == '\0' && n >= 1 && n <= 1024) s.threads = static_cast<int>(n);
-    else env_warning("ZAR_NUM_THREADS", v, "a number of threads from 1 to 1024");
+  if (const char* v = std::getenv("ZAR_NUM_THREADS")) {
+    long long n = 0;
+    if (parse_count(v, 1024, &n) && n >= 1) s.threads = static_cast<int>(n);
+    else env_warning("ZAR_NUM_THREADS", v, "a number of threads from 1 to 1024",
+                     "the default, one thread per processor available");
   }
-  if (const char* v = std::getenv("ZAR_CACHE_SIZE"); v && *v) {
+  if (const char* v = std::getenv("ZAR_CACHE_SIZE")) {
     long long bytes = 0;
     if (parse_size(v, &bytes)) zar_set_cache_size(bytes);
-    else env_warning("ZAR_CACHE_SIZE", v, "a size in bytes such as 4194304 or 4M");
+    else env_warning("ZAR_CACHE_SIZE", v, "a size in bytes up to 1T such as 4194304 or 4M",
+                     "the default, the detected size");
   }
-  if (const char* v = std::getenv("ZAR_ENABLE_INSTRUCTIONS"); v && *v) {
+  if (const char* v = std::getenv("ZAR_ENABLE_INSTRUCTIONS")) {
     static const struct { const char* name; int mask; } caps[] = {
         {"SSE2", ZAR_FEATURE_SSE2},
         {"SSE4_2", ZAR_FEATURE_SSE2 | ZAR_FEATURE_SSE3 | ZAR_FEATURE_SSSE3 | ZAR_FEATURE_SSE41 | ZAR_FEATURE_SSE42},
@@ -84,13 +114,14 @@ void read_environment() {
     bool found = false;
     for (const auto& c : caps)
       if (ieq(v, c.name)) { s.enabled_cap = c.mask; found = true; }
-    if (!found) env_warning("ZAR_ENABLE_INSTRUCTIONS", v, "SSE2, SSE4_2, AVX, AVX2 or AVX512");
+    if (!found)
+      env_warning("ZAR_ENABLE_INSTRUCTIONS", v, "SSE2, SSE4_2, AVX, AVX2 or AVX512",
+                  "the default, every instruction set detected");
   }
-  if (const char* v = std::getenv("ZAR_FAIL_ALLOC"); v && *v) {
-    char* end = nullptr;
-    const long n = std::strtol(v, &end, 10);
-    if (*end == '\0' && n >= 0) s.fail_alloc_countdown = static_cast<int>(n);
-    else env_warning("ZAR_FAIL_ALLOC", v, "a non-negative allocation number");
+  if (const char* v = std::getenv("ZAR_FAIL_ALLOC")) {
+    long long n = 0;
+    if (parse_count(v, INT_MAX, &n)) s.fail_alloc_countdown = static_cast<int>(n);
+    else env_warning("ZAR_FAIL_ALLOC", v, "a non-negative allocation number", "the default, 0 (no failure)");
   }
 }
 

@@ -2,6 +2,8 @@
 // per-thread bodies): against the reference BLAS, the other triangle and the
 // rows past n left bit for bit, the same bits as the engine's full products
 // and for any division of the columns, and the special scalars.
+#include <thread>
+
 #include "sym_test.h"
 
 namespace {
@@ -237,6 +239,21 @@ TYPED_TEST(Triangle, SameBitsAsTheEngineWhateverTheColumnSplit) {
       for (int j = 0; j < p.n; ++j) p.run(cols, j, j + 1);
       EXPECT_TRUE(same_bits(cols, whole)) << p.label() << " column by column";
     }
+  });
+}
+
+// Two threads on column ranges of equal area at the same time, as the core
+// runs them: each has its own work tile and writes only its columns.
+TYPED_TEST(Triangle, ConcurrentRangesGiveTheSameBits) {
+  using T = TypeParam;
+  each_problem<T>({{200, 90}}, [](const problem<T>& p) {
+    std::vector<T> whole = p.c, parts = p.c;
+    p.run(whole);
+    const int half = p.uplo == 'U' ? static_cast<int>(p.n / 1.41421356) : p.n - static_cast<int>(p.n / 1.41421356);
+    std::thread other([&] { p.run(parts, 0, half); });
+    p.run(parts, half, p.n);
+    other.join();
+    EXPECT_TRUE(same_bits(parts, whole)) << p.label();
   });
 }
 

@@ -125,7 +125,8 @@ template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
     auto call = [&, two](int l, int u, int tr, int N, int K, int lda, int ldb, int ldc) {
       return [=, &t] {
         if (two) {
-          if constexpr (std::is_same_v<S, T>) cb<T>::syr2k(l, u, tr, N, K, &ta, t.a.data(), lda, t.b.data(), ldb, &sb, t.c.data(), ldc);
+          if constexpr (std::is_same_v<S, T>)
+            cb<T>::syr2k(l, u, tr, N, K, &ta, t.a.data(), lda, t.b.data(), ldb, &sb, t.c.data(), ldc);
           else cb<T>::her2k(l, u, tr, N, K, &ta, t.a.data(), lda, t.b.data(), ldb, &sb, t.c.data(), ldc);
         } else {
           if constexpr (std::is_same_v<S, T>) cb<T>::syrk(l, u, tr, N, K, &sa, t.a.data(), lda, &sb, t.c.data(), ldc);
@@ -143,8 +144,8 @@ template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
         {col_refuses ? 3 : 4, 0, "", call(col, Up, refused, -1, 2, 2, 2, 2)},
         {4, 1, "", call(row, Up, refused, -1, 2, 2, 2, 2)},
         {5, 0, "", call(col, Up, Nt, 2, -1, 2, 2, 2)},
-        {8, 0, "", call(col, Up, Nt, 3, 2, 2, 3, 3)},   // A is N x K
-        {8, 1, "", call(row, Up, Nt, 3, 4, 3, 4, 3)},   // row-major A is N x K: lda >= K
+        {8, 0, "", call(col, Up, Nt, 3, 2, 2, 3, 3)},              // A is N x K
+        {8, 1, "", call(row, Up, Nt, 3, 4, 3, 4, 3)},              // row-major A is N x K: lda >= K
         {8, 1, "", call(row, Lo, herm ? Ct : Tr, 3, 2, 2, 3, 3)},  // K x N: lda >= N
         {ldc_pos, 0, "", call(col, Up, Nt, 3, 2, 3, 3, 2)},
         {ldc_pos, 1, "", call(row, Lo, Nt, 3, 2, 2, 2, 2)},
@@ -167,7 +168,9 @@ TYPED_TEST(CblasChecks, GemmtAndGemm3m) {
   using T = TypeParam;
   auto* t = this;
   auto call = [=](int l, int u, int ta, int tb, int N, int K, int lda, int ldb, int ldc) {
-    return [=] { cb<T>::gemmt(l, u, ta, tb, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc); };
+    return [=] {
+      cb<T>::gemmt(l, u, ta, tb, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc);
+    };
   };
   this->check("gemmt", {
                            {1, 0, layout_msg, call(5, Up, Nt, Nt, 2, 2, 2, 2, 2)},
@@ -183,7 +186,9 @@ TYPED_TEST(CblasChecks, GemmtAndGemm3m) {
                        });
   if constexpr (zar::is_complex_v<T>) {
     auto g = [=](int l, int ta, int tb, int M, int N, int K, int lda, int ldb, int ldc) {
-      return [=] { cb<T>::gemm3m(l, ta, tb, M, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc); };
+      return [=] {
+        cb<T>::gemm3m(l, ta, tb, M, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc);
+      };
     };
     this->check("gemm3m", {
                               {1, 0, layout_msg, g(3, Nt, Nt, 2, 2, 2, 2, 2, 2)},

@@ -46,17 +46,17 @@ TEST(SubroutineForms, AgreeWithTheReferenceSubroutines) {
   static const zar_test::ReferenceBlas ref;
   if (!ref.available()) GTEST_SKIP() << "the reference BLAS for i386 is not available (or a sanitizer build)";
   const sub subs[] = {
-      {"sdotsub_", sig::dot, true, res::f32},      {"ddotsub_", sig::dot, false, res::f64},
-      {"dsdotsub_", sig::dot, true, res::f64},     {"sdsdotsub_", sig::sdsdot, true, res::f32},
-      {"cdotusub_", sig::dot, true, res::c32},     {"cdotcsub_", sig::dot, true, res::c32},
-      {"zdotusub_", sig::dot, false, res::c64},    {"zdotcsub_", sig::dot, false, res::c64},
-      {"snrm2sub_", sig::vec, true, res::f32},     {"dnrm2sub_", sig::vec, false, res::f64},
-      {"scnrm2sub_", sig::vec, true, res::f32},    {"dznrm2sub_", sig::vec, false, res::f64},
-      {"sasumsub_", sig::vec, true, res::f32},     {"dasumsub_", sig::vec, false, res::f64},
-      {"scasumsub_", sig::vec, true, res::f32},    {"dzasumsub_", sig::vec, false, res::f64},
-      {"isamaxsub_", sig::vec, true, res::index},  {"idamaxsub_", sig::vec, false, res::index},
-      {"icamaxsub_", sig::vec, true, res::index},  {"izamaxsub_", sig::vec, false, res::index},
-      {"scabs1sub_", sig::cabs1, true, res::f32},  {"dcabs1sub_", sig::cabs1, false, res::f64},
+      {"sdotsub_", sig::dot, true, res::f32},     {"ddotsub_", sig::dot, false, res::f64},
+      {"dsdotsub_", sig::dot, true, res::f64},    {"sdsdotsub_", sig::sdsdot, true, res::f32},
+      {"cdotusub_", sig::dot, true, res::c32},    {"cdotcsub_", sig::dot, true, res::c32},
+      {"zdotusub_", sig::dot, false, res::c64},   {"zdotcsub_", sig::dot, false, res::c64},
+      {"snrm2sub_", sig::vec, true, res::f32},    {"dnrm2sub_", sig::vec, false, res::f64},
+      {"scnrm2sub_", sig::vec, true, res::f32},   {"dznrm2sub_", sig::vec, false, res::f64},
+      {"sasumsub_", sig::vec, true, res::f32},    {"dasumsub_", sig::vec, false, res::f64},
+      {"scasumsub_", sig::vec, true, res::f32},   {"dzasumsub_", sig::vec, false, res::f64},
+      {"isamaxsub_", sig::vec, true, res::index}, {"idamaxsub_", sig::vec, false, res::index},
+      {"icamaxsub_", sig::vec, true, res::index}, {"izamaxsub_", sig::vec, false, res::index},
+      {"scabs1sub_", sig::cabs1, true, res::f32}, {"dcabs1sub_", sig::cabs1, false, res::f64},
   };
   using dot_f = void (*)(const int*, const void*, const int*, const void*, const int*, void*);
   using vec_f = void (*)(const int*, const void*, const int*, void*);
@@ -73,10 +73,14 @@ TEST(SubroutineForms, AgreeWithTheReferenceSubroutines) {
         const void* y = s.single ? static_cast<const void*>(yf.data()) : yd.data();
         auto run = [&](void* f, void* out) {
           switch (s.s) {
-            case sig::dot: return reinterpret_cast<dot_f>(f)(&n, x, &incx, y, &incy, out);
-            case sig::vec: return reinterpret_cast<vec_f>(f)(&n, x, &incx, out);
-            case sig::sdsdot: return reinterpret_cast<sdsdot_f>(f)(&n, &sb, x, &incx, y, &incy, out);
-            case sig::cabs1: return reinterpret_cast<cabs1_f>(f)(static_cast<const char*>(x) + 24, out);
+            case sig::dot:
+              return reinterpret_cast<dot_f>(f)(&n, x, &incx, y, &incy, out);
+            case sig::vec:
+              return reinterpret_cast<vec_f>(f)(&n, x, &incx, out);
+            case sig::sdsdot:
+              return reinterpret_cast<sdsdot_f>(f)(&n, &sb, x, &incx, y, &incy, out);
+            case sig::cabs1:
+              return reinterpret_cast<cabs1_f>(f)(static_cast<const char*>(x) + 24, out);
           }
         };
         void* mine = dlsym(RTLD_DEFAULT, s.name);

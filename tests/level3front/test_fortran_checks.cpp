@@ -54,18 +54,21 @@ TYPED_TEST(FortranChecks, TriangularSolveAndProduct) {
     const char *side, *uplo, *ta, *diag;
     int m, n, lda, ldb, info;
   } cases[] = {
-      {"X", "U", "N", "N", 2, 2, 2, 2, 1},   {"l", "/", "N", "N", 2, 2, 2, 2, 2},   {"L", "U", "x", "N", 2, 2, 2, 2, 3},
-      {"L", "U", "N", "t", 2, 2, 2, 2, 4},   {"L", "U", "N", "N", -1, 2, 2, 2, 5},  {"r", "l", "c", "u", 2, -1, 2, 2, 6},
-      {"L", "U", "N", "N", 3, 2, 2, 3, 9},   {"R", "U", "T", "N", 2, 3, 2, 2, 9},   {"R", "L", "N", "N", 3, 2, 2, 2, 11},
+      {"X", "U", "N", "N", 2, 2, 2, 2, 1},   {"l", "/", "N", "N", 2, 2, 2, 2, 2},  {"L", "U", "x", "N", 2, 2, 2, 2, 3},
+      {"L", "U", "N", "t", 2, 2, 2, 2, 4},   {"L", "U", "N", "N", -1, 2, 2, 2, 5}, {"r", "l", "c", "u", 2, -1, 2, 2, 6},
+      {"L", "U", "N", "N", 3, 2, 2, 3, 9},   {"R", "U", "T", "N", 2, 3, 2, 2, 9},  {"R", "L", "N", "N", 3, 2, 2, 2, 11},
       {"L", "U", "N", "N", -1, -1, 0, 0, 5},  // the first illegal one is reported
       {"L", "U", "N", "N", 2, 0, 1, 1, 9},    // dimensions are checked before the quick return
   };
   for (const char* op : {"trsm", "trmm"}) {
     const auto f = fortran<trsm_f<T>, T>(op);
     for (const auto& x : cases)
-      this->expect(fortran_name(letter<T>(), op), x.info, this->b, [&] {
-        f(x.side, x.uplo, x.ta, x.diag, &x.m, &x.n, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb);
-      }, x.side);
+      this->expect(
+          fortran_name(letter<T>(), op), x.info, this->b,
+          [&] {
+            f(x.side, x.uplo, x.ta, x.diag, &x.m, &x.n, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb);
+          },
+          x.side);
   }
 }
 
@@ -75,19 +78,22 @@ TYPED_TEST(FortranChecks, SymmetricAndHermitianProducts) {
     const char *side, *uplo;
     int m, n, lda, ldb, ldc, info;
   } cases[] = {
-      {"C", "U", 2, 2, 2, 2, 2, 1}, {"L", "N", 2, 2, 2, 2, 2, 2}, {"L", "U", -1, 2, 2, 2, 2, 3},
-      {"r", "l", 2, -1, 2, 2, 2, 4}, {"L", "U", 3, 2, 2, 3, 3, 7}, {"R", "U", 3, 2, 1, 3, 3, 7},
-      {"R", "U", 2, 3, 3, 1, 2, 9}, {"L", "L", 3, 2, 3, 3, 2, 12}, {"L", "U", 0, 2, 0, 0, 0, 7},
+      {"C", "U", 2, 2, 2, 2, 2, 1},  {"L", "N", 2, 2, 2, 2, 2, 2},  {"L", "U", -1, 2, 2, 2, 2, 3},
+      {"r", "l", 2, -1, 2, 2, 2, 4}, {"L", "U", 3, 2, 2, 3, 3, 7},  {"R", "U", 3, 2, 1, 3, 3, 7},
+      {"R", "U", 2, 3, 3, 1, 2, 9},  {"L", "L", 3, 2, 3, 3, 2, 12}, {"L", "U", 0, 2, 0, 0, 0, 7},
   };
   std::vector<std::string> ops{"symm"};
   if (zar::is_complex_v<T>) ops.push_back("hemm");
   for (const auto& op : ops) {
     const auto f = fortran<symm_f<T>, T>(op);
     for (const auto& x : cases)
-      this->expect(fortran_name(letter<T>(), op), x.info, this->c, [&] {
-        f(x.side, x.uplo, &x.m, &x.n, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
-          this->c.data(), &x.ldc);
-      }, x.side);
+      this->expect(
+          fortran_name(letter<T>(), op), x.info, this->c,
+          [&] {
+            f(x.side, x.uplo, &x.m, &x.n, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
+              this->c.data(), &x.ldc);
+          },
+          x.side);
   }
 }
 
@@ -105,9 +111,9 @@ template <class T, class S> void rank_checks(FortranChecks<T>& t, bool herm) {
       {"u", "t", -1, 2, 2, 2, 2, herm ? 2 : 3, herm ? 2 : 3},
       {"l", "c", -1, 2, 2, 2, 2, (cx && !herm) ? 2 : 3, (cx && !herm) ? 2 : 3},
       {"L", "N", 2, -1, 2, 2, 2, 4, 4},
-      {"L", "N", 3, 2, 2, 3, 3, 7, 7},                       // A is n x k
-      {"U", herm ? "C" : "T", 3, 4, 3, 4, 3, 7, 7},          // A is k x n
-      {"U", "N", 3, 2, 3, 2, 3, 0, 9},                       // B as A
+      {"L", "N", 3, 2, 2, 3, 3, 7, 7},               // A is n x k
+      {"U", herm ? "C" : "T", 3, 4, 3, 4, 3, 7, 7},  // A is k x n
+      {"U", "N", 3, 2, 3, 2, 3, 0, 9},               // B as A
       {"U", "N", 3, 2, 3, 3, 2, 10, 12},
   };
   const S sa = val<S>(1), sb = val<S>(0.5);
@@ -116,14 +122,15 @@ template <class T, class S> void rank_checks(FortranChecks<T>& t, bool herm) {
     const char* what = x.trans;
     if (x.info1) {
       const auto f = fortran<syrk_f<T, S>, T>(herm ? "herk" : "syrk");
-      t.expect(fortran_name(letter<T>(), herm ? "herk" : "syrk"), x.info1, t.c, [&] {
-        f(x.uplo, x.trans, &x.n, &x.k, &sa, t.a.data(), &x.lda, &sb, t.c.data(), &x.ldc);
-      }, what);
+      t.expect(
+          fortran_name(letter<T>(), herm ? "herk" : "syrk"), x.info1, t.c,
+          [&] { f(x.uplo, x.trans, &x.n, &x.k, &sa, t.a.data(), &x.lda, &sb, t.c.data(), &x.ldc); }, what);
     }
     const auto f2 = fortran<syr2k_f<T, S>, T>(herm ? "her2k" : "syr2k");
-    t.expect(fortran_name(letter<T>(), herm ? "her2k" : "syr2k"), x.info2, t.c, [&] {
-      f2(x.uplo, x.trans, &x.n, &x.k, &ta, t.a.data(), &x.lda, t.b.data(), &x.ldb, &sb, t.c.data(), &x.ldc);
-    }, what);
+    t.expect(
+        fortran_name(letter<T>(), herm ? "her2k" : "syr2k"), x.info2, t.c,
+        [&] { f2(x.uplo, x.trans, &x.n, &x.k, &ta, t.a.data(), &x.lda, t.b.data(), &x.ldb, &sb, t.c.data(), &x.ldc); },
+        what);
   }
 }
 
@@ -146,10 +153,13 @@ TYPED_TEST(FortranChecks, Gemmt) {
   };
   const auto f = fortran<gemmt_f<T>, T>("gemmt");
   for (const auto& x : cases)
-    this->expect(fortran_name(letter<T>(), "gemmt"), x.info, this->c, [&] {
-      f(x.uplo, x.ta, x.tb, &x.n, &x.k, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
-        this->c.data(), &x.ldc);
-    }, x.uplo);
+    this->expect(
+        fortran_name(letter<T>(), "gemmt"), x.info, this->c,
+        [&] {
+          f(x.uplo, x.ta, x.tb, &x.n, &x.k, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
+            this->c.data(), &x.ldc);
+        },
+        x.uplo);
 }
 
 TYPED_TEST(FortranChecks, Gemm3m) {
@@ -166,10 +176,13 @@ TYPED_TEST(FortranChecks, Gemm3m) {
     };
     const auto g = fortran<gemm_f<T>, T>("gemm3m");
     for (const auto& x : cases)
-      this->expect(fortran_name(letter<T>(), "gemm3m"), x.info, this->c, [&] {
-        g(x.ta, x.tb, &x.m, &x.n, &x.k, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
-          this->c.data(), &x.ldc);
-      }, x.ta);
+      this->expect(
+          fortran_name(letter<T>(), "gemm3m"), x.info, this->c,
+          [&] {
+            g(x.ta, x.tb, &x.m, &x.n, &x.k, &this->two, this->a.data(), &x.lda, this->b.data(), &x.ldb, &this->one,
+              this->c.data(), &x.ldc);
+          },
+          x.ta);
   }
 }
 
@@ -197,9 +210,9 @@ TYPED_TEST(FortranChecks, Batch) {
     const char ta[2] = {'N', x.ta1}, tb[2] = {'T', x.tb1};
     const int m[2] = {2, x.m1}, n[2] = {2, x.n1}, k[2] = {2, x.k1};
     const int lda[2] = {2, x.lda1}, ldb[2] = {2, x.ldb1}, ldc[2] = {2, x.ldc1}, size[2] = {1, x.size1};
-    this->expect(name, x.info, this->c, [&] {
-      f(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, &x.count, size);
-    }, "batch");
+    this->expect(
+        name, x.info, this->c, [&] { f(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, &x.count, size); },
+        "batch");
   }
 }
 
@@ -219,10 +232,13 @@ TYPED_TEST(FortranChecks, BatchStrided) {
       {"N", "N", 2, 2, 2, 2, 4, 2, 4, 2, 3, 2, 16},  {"N", "N", 2, 2, 2, 2, 4, 2, 4, 2, 4, -1, 17},
   };
   for (const auto& x : cases)
-    this->expect(name, x.info, this->c, [&] {
-      f(x.ta, x.tb, &x.m, &x.n, &x.k, &this->two, this->a.data(), &x.lda, &x.sa, this->b.data(), &x.ldb, &x.sb,
-        &this->one, this->c.data(), &x.ldc, &x.sc, &x.count);
-    }, x.ta);
+    this->expect(
+        name, x.info, this->c,
+        [&] {
+          f(x.ta, x.tb, &x.m, &x.n, &x.k, &this->two, this->a.data(), &x.lda, &x.sa, this->b.data(), &x.ldb, &x.sb,
+            &this->one, this->c.data(), &x.ldc, &x.sc, &x.count);
+        },
+        x.ta);
 }
 
 // The published quick returns: nothing is read (null operands), written or

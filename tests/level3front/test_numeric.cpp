@@ -15,12 +15,12 @@ namespace {
 
 // The CBLAS prototypes of one type.
 template <class T> struct cfn;
-#define L3N_CFN_ALL(t)                                 \
-  using trsm = decltype(&cblas_##t##trsm);             \
-  using trmm = decltype(&cblas_##t##trmm);             \
-  using symm = decltype(&cblas_##t##symm);             \
-  using syrk = decltype(&cblas_##t##syrk);             \
-  using syr2k = decltype(&cblas_##t##syr2k);           \
+#define L3N_CFN_ALL(t)                       \
+  using trsm = decltype(&cblas_##t##trsm);   \
+  using trmm = decltype(&cblas_##t##trmm);   \
+  using symm = decltype(&cblas_##t##symm);   \
+  using syrk = decltype(&cblas_##t##syrk);   \
+  using syr2k = decltype(&cblas_##t##syr2k); \
   using gemm = decltype(&cblas_##t##gemm);
 #define L3N_CFN_REAL(t, T, R) \
   template <> struct cfn<T> { L3N_CFN_ALL(t) };
@@ -47,14 +47,12 @@ const zar_test::ReferenceBlas& ref() {
 
 // Both implementations of the routine `name` (Fortran name with its
 // underscore, or a cblas_ name), typed F.
-template <class F> struct pair_of {
-  F mine, theirs;
-};
+template <class F> struct pair_of { F mine, theirs; };
 template <class F> pair_of<F> both(const std::string& name) {
   return {entry<F>(name), ref().template sym<F>(name.c_str())};
 }
 
-constexpr int ld = 17;   // every operand: 17 x 17 storage, large enough for both layouts
+constexpr int ld = 17;    // every operand: 17 x 17 storage, large enough for both layouts
 constexpr int size = 15;  // largest dimension used
 
 template <class T> double mag(const T& x) {
@@ -73,8 +71,7 @@ template <class T> class Numeric : public ::testing::Test {
   }
   // Skips unless the kernel library carries the driver `kernel` (x?<name>).
   bool need(const char* kernel) {
-    const std::string k = std::string("zar_blas_avx_x") + letter<T>() + kernel;
-    return dlsym(RTLD_DEFAULT, k.c_str()) != nullptr;
+    return kernel_entry(std::string("zar_blas_avx_x") + letter<T>() + kernel) != nullptr;
   }
   // Runs run(out) for zar (mine = true) and the reference on copies of c0 and
   // compares the results element by element to a rounding bound.
@@ -127,11 +124,13 @@ TYPED_TEST(Numeric, TriangularSolveAndProduct) {
             for (char d : {'N', 'U'}) {
               const std::string what = std::string(op) + " " + layouts[l] + " " + s + u + t + d;
               this->agree(what, this->b, [&](bool mine, T* out) {
-                if (l == 0) (mine ? f.mine : f.theirs)(&s, &u, &t, &d, &m, &n, &this->alpha, this->a.data(), &ld, out, &ld);
+                if (l == 0)
+                  (mine ? f.mine : f.theirs)(&s, &u, &t, &d, &m, &n, &this->alpha, this->a.data(), &ld, out, &ld);
                 else
-                  (mine ? cf.mine : cf.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_SIDE(side_e(s)), CBLAS_UPLO(uplo_e(u)),
-                                               CBLAS_TRANSPOSE(trans_e(t)), CBLAS_DIAG(diag_e(d)), m, n,
-                                               sc(this->alpha), this->a.data(), ld, out, ld);
+                  (mine ? cf.mine : cf.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_SIDE(side_e(s)),
+                                               CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(trans_e(t)),
+                                               CBLAS_DIAG(diag_e(d)), m, n, sc(this->alpha), this->a.data(), ld, out,
+                                               ld);
               });
             }
   }
@@ -150,7 +149,8 @@ template <class T, class F, class CF> void symm_cases(Numeric<T>& t, const char*
           t.agree(std::string(op) + " " + layouts[l] + " " + s + u + (beta0 ? " beta 0" : ""), beta0 ? nan_c : t.c,
                   [&](bool mine, T* out) {
                     if (l == 0)
-                      (mine ? f.mine : f.theirs)(&s, &u, &m, &n, &t.alpha, t.a.data(), &ld, t.b.data(), &ld, &be, out, &ld);
+                      (mine ? f.mine : f.theirs)(&s, &u, &m, &n, &t.alpha, t.a.data(), &ld, t.b.data(), &ld, &be, out,
+                                                 &ld);
                     else
                       (mine ? cf.mine : cf.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_SIDE(side_e(s)),
                                                    CBLAS_UPLO(uplo_e(u)), m, n, sc(t.alpha), t.a.data(), ld, t.b.data(),
@@ -203,14 +203,15 @@ template <class T, class S> void rank_cases(Numeric<T>& t, bool herm) {
           const int ct = trans_e(tr);
           t.agree(op1 + " " + what, c0, [&](bool mine, T* out) {
             if (l == 0) return (mine ? f1.mine : f1.theirs)(&u, &tr, &n, &k, &al1, t.a.data(), &ld, &be, out, &ld);
-            (mine ? c1.mine : c1.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n, k,
-                                         sc(al1), t.a.data(), ld, sc(be), out, ld);
+            (mine ? c1.mine : c1.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n,
+                                         k, sc(al1), t.a.data(), ld, sc(be), out, ld);
           });
           t.agree(op2 + " " + what, c0, [&](bool mine, T* out) {
             if (l == 0)
-              return (mine ? f2.mine : f2.theirs)(&u, &tr, &n, &k, &al2, t.a.data(), &ld, t.b.data(), &ld, &be, out, &ld);
-            (mine ? c2.mine : c2.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n, k,
-                                         sc(al2), t.a.data(), ld, t.b.data(), ld, sc(be), out, ld);
+              return (mine ? f2.mine : f2.theirs)(&u, &tr, &n, &k, &al2, t.a.data(), &ld, t.b.data(), &ld, &be, out,
+                                                  &ld);
+            (mine ? c2.mine : c2.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n,
+                                         k, sc(al2), t.a.data(), ld, t.b.data(), ld, sc(be), out, ld);
           });
         }
 }
@@ -242,7 +243,9 @@ TYPED_TEST(Numeric, GemmtIsGemmOnOneTriangle) {
           this->agree(what, this->c, [&](bool zar_side, T* out) {
             const int L = cblas_layout(l);
             if (zar_side) {
-              if (l == 0) mine(&u, &ta, &tb, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta, out, &ld);
+              if (l == 0)
+                mine(&u, &ta, &tb, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta, out,
+                     &ld);
               else
                 cmine(L, uplo_e(u), trans_e(ta), trans_e(tb), n, k, sc(this->alpha), this->a.data(), ld, this->b.data(),
                       ld, sc(this->beta), out, ld);
@@ -250,10 +253,11 @@ TYPED_TEST(Numeric, GemmtIsGemmOnOneTriangle) {
             }
             std::vector<T> full(out, out + ld * ld);
             if (l == 0)
-              gemm(&ta, &tb, &n, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta, full.data(), &ld);
+              gemm(&ta, &tb, &n, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta,
+                   full.data(), &ld);
             else
-              cgemm(CBLAS_LAYOUT(L), CBLAS_TRANSPOSE(trans_e(ta)), CBLAS_TRANSPOSE(trans_e(tb)), n, n, k, sc(this->alpha),
-                    this->a.data(), ld, this->b.data(), ld, sc(this->beta), full.data(), ld);
+              cgemm(CBLAS_LAYOUT(L), CBLAS_TRANSPOSE(trans_e(ta)), CBLAS_TRANSPOSE(trans_e(tb)), n, n, k,
+                    sc(this->alpha), this->a.data(), ld, this->b.data(), ld, sc(this->beta), full.data(), ld);
             // (i, j) of the stored matrix is in the triangle when the
             // layout's row/column indices are
             for (int j = 0; j < n; ++j)
@@ -278,7 +282,8 @@ TYPED_TEST(Numeric, Gemm3mAndBatchesAreGemm) {
       if constexpr (zar::is_complex_v<T>) {
         const auto g3 = fortran<gemm_f<T>, T>("gemm3m");
         this->agree("gemm3m " + what, this->c, [&](bool mine, T* out) {
-          (mine ? g3 : gemm)(&ta, &tb, &m, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta, out, &ld);
+          (mine ? g3 : gemm)(&ta, &tb, &m, &n, &k, &this->alpha, this->a.data(), &ld, this->b.data(), &ld, &this->beta,
+                             out, &ld);
         });
       }
       // three products in two groups (the second with other sizes), and
@@ -343,8 +348,10 @@ TYPED_TEST(Numeric, ThreadedSplitsGiveOneThreadBits) {
   for (char s : {'L', 'R'})
     for (char u : {'U', 'L'}) {
       const std::string o = std::string(1, s) + u;
-      jobs.push_back({"trsm " + o, [=, &a](T* out) { trsm(&s, &u, "N", "N", &m2, &n2, &al, a.data(), &ldb, out, &ldb); }});
-      jobs.push_back({"trmm " + o, [=, &a](T* out) { trmm(&s, &u, "C", "U", &m2, &n2, &al, a.data(), &ldb, out, &ldb); }});
+      jobs.push_back(
+          {"trsm " + o, [=, &a](T* out) { trsm(&s, &u, "N", "N", &m2, &n2, &al, a.data(), &ldb, out, &ldb); }});
+      jobs.push_back(
+          {"trmm " + o, [=, &a](T* out) { trmm(&s, &u, "C", "U", &m2, &n2, &al, a.data(), &ldb, out, &ldb); }});
       jobs.push_back({"symm " + o, [=, &a, &b](T* out) {
                         symm(&s, &u, &m2, &n2, &al, a.data(), &ldb, b.data(), &ldb, &be, out, &ldb);
                       }});
@@ -360,6 +367,21 @@ TYPED_TEST(Numeric, ThreadedSplitsGiveOneThreadBits) {
                     strided("N", "N", &mm, &nn, &k, &al, a.data(), &ldb, &sa, b.data(), &ldb, &stride, &be, out, &ldb,
                             &stride, &count);
                   }});
+  if constexpr (zar::is_complex_v<T>) {
+    // gemm3m split by rows (600 x 40), then by columns (40 x 600): both cross
+    // the driver's 512-wide blocks
+    const auto g3 = fortran<gemm_f<T>, T>("gemm3m");
+    const auto wide = random_values<T>(600 * 64, 34);
+    const int depth = 64;
+    for (const int rows : {600, 40}) {
+      const int cols = 640 - rows, ld3 = rows;
+      jobs.push_back({"gemm3m " + std::to_string(rows) + " rows", [=](T* out) {
+                        const int lda3 = rows, ldb3 = rows == 600 ? depth : cols;
+                        g3("N", rows == 600 ? "N" : "C", &rows, &cols, &depth, &al, wide.data(), &lda3, wide.data(),
+                           &ldb3, &be, out, &ld3);
+                      }});
+    }
+  }
   for (const auto& j : jobs) {
     zar_set_num_threads(1);
     auto one = c0;

@@ -94,11 +94,11 @@ void dispatch(const char* ta, const char* tb, const int* m, const int* n, const 
     T* cs = c;
     if (by_cols) {
       nn = hi - lo;
-      bs = b_n ? b + static_cast<long>(lo) * *ldb : b + lo;
-      cs = c + static_cast<long>(lo) * *ldc;
+      bs = b_n ? zar::offset(b, static_cast<long long>(lo) * *ldb) : b + lo;
+      cs = zar::offset(c, static_cast<long long>(lo) * *ldc);
     } else {
       mm = hi - lo;
-      as = a_n ? a + lo : a + static_cast<long>(lo) * *lda;
+      as = a_n ? a + lo : zar::offset(a, static_cast<long long>(lo) * *lda);
       cs = c + lo;
     }
     // As x?gemm does on one thread: beta first, then the product with beta 1.

@@ -78,7 +78,7 @@ auto typed(P* p) {
 // The part [s, s + len) of a vector of n elements walked with increment inc.
 template <class E>
 E* part_of(E* v, int s, int len, int inc, int n) {
-  return inc >= 0 ? v + static_cast<std::ptrdiff_t>(s) * inc : v + static_cast<std::ptrdiff_t>(n - s - len) * -inc;
+  return inc >= 0 ? zar::offset(v, static_cast<long long>(s) * inc) : zar::offset(v, static_cast<long long>(n - s - len) * -inc);
 }
 
 // Element-wise work on long vectors is divided among the core's threads:

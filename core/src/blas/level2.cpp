@@ -41,7 +41,7 @@ template <class T> void run_gemv(ZAR_L2_GEMV_ARGS(T)) {
     const int l = e - s;
     T* ys = sub_vec(y, s, l, *incy, len);
     if (notrans) k(trans, &l, n, alpha, a + s, lda, x, incx, beta, ys, incy);
-    else k(trans, m, &l, alpha, a + static_cast<std::ptrdiff_t>(s) * *lda, lda, x, incx, beta, ys, incy);
+    else k(trans, m, &l, alpha, zar::offset(a, static_cast<long long>(s) * *lda), lda, x, incx, beta, ys, incy);
   });
 }
 
@@ -61,7 +61,7 @@ void run_ger(const int* m, const int* n, const T* alpha, const T* x, const int* 
     split(N, tid, nth, s, e);
     if (s >= e) return;
     const int l = e - s;
-    k(m, &l, alpha, x, incx, sub_vec(y, s, l, *incy, N), incy, a + static_cast<std::ptrdiff_t>(s) * *lda, lda);
+    k(m, &l, alpha, x, incx, sub_vec(y, s, l, *incy, N), incy, zar::offset(a, static_cast<long long>(s) * *lda), lda);
   });
 }
 
@@ -106,8 +106,8 @@ template <class T> void run_trmv(ZAR_L2_TRMV_ARGS(T)) {
   const int nt = N > 0 ? threads_for(double(N) * N / 2, kGrain) : 1;
   T* src = nt > 1 ? static_cast<T*>(std::malloc(sizeof(T) * N)) : nullptr;
   if (!src) return kern<T>::trmv()(uplo, trans, diag, n, a, lda, x, incx);
-  const std::ptrdiff_t inc = *incx, x0 = inc < 0 ? (1 - N) * inc : 0;
-  for (int i = 0; i < N; ++i) src[i] = x[x0 + i * inc];
+  const T* x0 = zar::offset(x, zar::vec_start(N, *incx));
+  for (int i = 0; i < N; ++i) src[i] = *zar::offset(x0, static_cast<long long>(i) * *incx);
   const auto k = kern<T>::trmv_rows();
   parallel(nt, [&](int tid, int nth) {
     int s, e;

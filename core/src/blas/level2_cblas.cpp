@@ -19,11 +19,13 @@ namespace zar::core::l2 {
 namespace {
 
 struct crep : rep {
-  // an illegal option value, reported at its own position
-  void option(int pos, int value) const {
-    char name[24];
+  // an illegal option value, reported at its own position with the
+  // reference CBLAS's message ("Illegal Uplo setting, 0")
+  void option(int pos, const char* what, int value) const {
+    char name[24], form[48];
     std::snprintf(name, sizeof name, "cblas_%c%s", t, op);
-    cblas_xerbla(pos, name, "Illegal setting, %d\n", value);
+    std::snprintf(form, sizeof form, "Illegal %s setting, %%d\n", what);
+    cblas_xerbla(pos, name, form, value);
   }
 };
 
@@ -34,7 +36,7 @@ template <class F> void with_layout(const crep& r, int layout, F f) {
   else if (layout == CblasRowMajor) {
     RowMajorStrg = 1;
     f(true);
-  } else r.option(1, layout);
+  } else r.option(1, "layout", layout);
   RowMajorStrg = 0;
 }
 
@@ -53,8 +55,8 @@ inline char diag_of(int d) { return d == CblasNonUnit ? 'N' : d == CblasUnit ? '
 
 // ---- conjugation helpers (complex data only)
 template <class T> void conj_in_place(int n, T* x, int inc) {
-  const std::ptrdiff_t s = inc < 0 ? -inc : inc;
-  for (int i = 0; i < n; ++i) x[i * s].im = -x[i * s].im;
+  const long long s = inc < 0 ? -static_cast<long long>(inc) : inc;
+  for (int i = 0; i < n; ++i) zar::offset(x, i * s)->im = -zar::offset(x, i * s)->im;
 }
 // The conjugated copy of a vector, contiguous in the vector's element order;
 // null (after a warning) when no memory is left.
@@ -64,8 +66,11 @@ template <class T> T* conj_copy(int n, const T* x, int inc, const char* name) {
     zar_serv_check_ptr_and_warn(nullptr, name);
     return nullptr;
   }
-  const std::ptrdiff_t x0 = inc < 0 ? static_cast<std::ptrdiff_t>(1 - n) * inc : 0;
-  for (int i = 0; i < n; ++i) c[i] = T{x[x0 + i * inc].re, -x[x0 + i * inc].im};
+  const T* x0 = zar::offset(x, zar::vec_start(n, inc));
+  for (int i = 0; i < n; ++i) {
+    const T v = *zar::offset(x0, static_cast<long long>(i) * inc);
+    c[i] = T{v.re, -v.im};
+  }
   return c;
 }
 template <class T> T conj_of(const T* a) { return T{a->re, -a->im}; }
@@ -92,7 +97,7 @@ void gemv(char t, int L, int TA, int M, int N, const T* alpha, const T* A, int l
   const crep r{{t, "gemv", true}};
   with_layout(r, L, [&](bool row) {
     char ta = trans_of(TA, row);
-    if (!ta) return r.option(2, TA);
+    if (!ta) return r.option(2, "TransA", TA);
     const int mm = row ? N : M, nn = row ? M : N;
     if (!ok_gemv(r, &ta, mm, nn, lda, incX, incY)) return;
     if (zar::is_complex_v<T> && row && TA == CblasConjTrans) {
@@ -112,7 +117,7 @@ void gbmv(char t, int L, int TA, int M, int N, int KL, int KU, const T* alpha, c
   const crep r{{t, "gbmv", true}};
   with_layout(r, L, [&](bool row) {
     char ta = trans_of(TA, row);
-    if (!ta) return r.option(2, TA);
+    if (!ta) return r.option(2, "TransA", TA);
     const int mm = row ? N : M, nn = row ? M : N, kl = row ? KU : KL, ku = row ? KL : KU;
     if (!ok_gbmv(r, &ta, mm, nn, kl, ku, lda, incX, incY)) return;
     const auto k = kern<T>::gbmv();
@@ -135,7 +140,7 @@ void symv(char t, const char* op, int L, int U, int N, int K, const T* alpha, co
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
     char ul = uplo_of(U, row);
-    if (!ul) return r.option(2, U);
+    if (!ul) return r.option(2, "Uplo", U);
     if constexpr (S == store::full) {
       if (!ok_symv(r, &ul, N, lda, incX, incY)) return;
     } else if constexpr (S == store::band) {
@@ -164,11 +169,11 @@ void triangular(char t, const char* op, int L, int U, int TA, int D, int N, int 
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
     char ul = uplo_of(U, row);
-    if (!ul) return r.option(2, U);
+    if (!ul) return r.option(2, "Uplo", U);
     char ta = trans_of(TA, row);
-    if (!ta) return r.option(3, TA);
+    if (!ta) return r.option(3, "TransA", TA);
     char dg = diag_of(D);
-    if (!dg) return r.option(4, D);
+    if (!dg) return r.option(4, "Diag", D);
     constexpr bool band = W == tri::tbmv || W == tri::tbsv, packed = W == tri::tpmv || W == tri::tpsv;
     if (!ok_tri(r, &ul, &ta, &dg, N, K, lda, incX, band, packed)) return;
     const bool conj = zar::is_complex_v<T> && row && TA == CblasConjTrans;
@@ -219,7 +224,7 @@ void syr(char t, const char* op, int L, int U, int N, scal_t<T> alpha, const T* 
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
     char ul = uplo_of(U, row);
-    if (!ul) return r.option(2, U);
+    if (!ul) return r.option(2, "Uplo", U);
     if (!ok_syr(r, &ul, N, incX, 1, lda, false, Packed)) return;
     const T* x = X;
     int ix = incX;
@@ -243,7 +248,7 @@ void syr2(char t, const char* op, int L, int U, int N, const T* alpha, const T* 
   const crep r{{t, op, true}};
   with_layout(r, L, [&](bool row) {
     char ul = uplo_of(U, row);
-    if (!ul) return r.option(2, U);
+    if (!ul) return r.option(2, "Uplo", U);
     const bool herm_row = zar::is_complex_v<T> && row;
     // Hermitian row-major: conj(y) and conj(x) exchange places
     const T* x = herm_row ? Y : X;

@@ -180,7 +180,7 @@ inline bool ok_syr(const rep& r, const char* uplo, int n, int incx, int incy, in
 // ---- work after the checks
 // lowest address of the elements [s, s + len) of a vector of total elements
 template <class T> inline T* sub_vec(T* v, int s, int len, int inc, int total) {
-  return inc >= 0 ? v + static_cast<std::ptrdiff_t>(s) * inc : v + static_cast<std::ptrdiff_t>(total - s - len) * -inc;
+  return inc >= 0 ? zar::offset(v, static_cast<long long>(s) * inc) : zar::offset(v, static_cast<long long>(total - s - len) * -inc);
 }
 // threads for a problem of `work` element updates, at least `grain` each
 inline int threads_for(double work, double grain) {

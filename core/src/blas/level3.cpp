@@ -11,7 +11,7 @@
 //   syrk, herk, syr2k,      column ranges of C's triangle of equal area,
 //   her2k, gemmt            through the kernels' _in_thread bodies;
 //   gemm_batch(_strided)    whole products, ranges of equal work;
-//   gemm3m                  one thread (the kernel blocks it internally).
+//   gemm3m                  as gemm: rows or columns of C, multiples of 16.
 #include <cmath>
 
 #include "core/src/blas/level3_front.h"
@@ -110,15 +110,30 @@ template <class T, class S> void run_syrk(ZAR_L3_SYRK_ARGS(T, S)) {
 }
 template <class T, class S> void run_syr2k(ZAR_L3_SYR2K_ARGS(T, S)) {
   const double work = rank_work<T>(n, k, alpha, 2);
-  if constexpr (herm_v<T, S>) triangle_update(uplo, *n, work, kern<T>::her2k(), kern<T>::her2k_in(), ZAR_L3_SYR2K_NAMES);
+  if constexpr (herm_v<T, S>)
+    triangle_update(uplo, *n, work, kern<T>::her2k(), kern<T>::her2k_in(), ZAR_L3_SYR2K_NAMES);
   else triangle_update(uplo, *n, work, kern<T>::syr2k(), kern<T>::syr2k_in(), ZAR_L3_SYR2K_NAMES);
 }
 template <class T> void run_gemmt(ZAR_L3_GEMMT_ARGS(T)) {
   triangle_update(uplo, *n, rank_work<T>(n, k, alpha, 1), kern<T>::gemmt(), kern<T>::gemmt_in(), ZAR_L3_GEMMT_NAMES);
 }
 
+// gemm3m: as gemm, the longer side of C in parts of multiples of 16, each
+// part a call of the driver with its rows of op(A) or columns of op(B).
 template <class T> void run_gemm3m(ZAR_L3_GEMM_ARGS(T)) {
-  kern<T>::gemm3m()(ZAR_L3_GEMM_NAMES);
+  const bool by_cols = *n >= *m;
+  const double work = is_zero(*alpha) ? 0 : real_work<T>(static_cast<double>(*m) * *n * *k);
+  parts_of_16(by_cols ? *n : *m, work, [&](int lo, int hi) {
+    const int len = hi - lo;
+    if (by_cols)
+      kern<T>::gemm3m()(transa, transb, m, &len, k, alpha, a, lda,
+                        is(transb, 'N') ? zar::at(b, 0, lo, *ldb) : zar::offset(b, lo), ldb, beta,
+                        zar::at(c, 0, lo, *ldc), ldc);
+    else
+      kern<T>::gemm3m()(transa, transb, &len, n, k, alpha,
+                        is(transa, 'N') ? zar::offset(a, lo) : zar::at(a, 0, lo, *lda), lda, b, ldb, beta,
+                        zar::offset(c, lo), ldc);
+  });
 }
 
 // gemm_batch: the products, numbered across the groups in order, are divided
@@ -225,19 +240,19 @@ template <class T> void checked_strided(const rep& r, ZAR_L3_GEMM_STRIDED_ARGS(T
     run_strided<T>(ZAR_L3_STRIDED_NAMES);
 }
 
-#define ZAR_L3_INSTANTIATE_ALL(t, T, R)                                                              \
-  template void checked_trsm<T, true>(const rep&, ZAR_L3_TRSM_ARGS(T));                              \
-  template void checked_trsm<T, false>(const rep&, ZAR_L3_TRSM_ARGS(T));                             \
-  template void checked_symm<T, false>(const rep&, ZAR_L3_SYMM_ARGS(T));                             \
-  template void checked_syrk<T, T>(const rep&, ZAR_L3_SYRK_ARGS(T, T));                              \
-  template void checked_syr2k<T, T>(const rep&, ZAR_L3_SYR2K_ARGS(T, T));                            \
-  template void checked_gemmt<T>(const rep&, ZAR_L3_GEMMT_ARGS(T));                                  \
-  template void checked_batch<T>(const rep&, ZAR_L3_GEMM_BATCH_ARGS(T));                             \
+#define ZAR_L3_INSTANTIATE_ALL(t, T, R)                                   \
+  template void checked_trsm<T, true>(const rep&, ZAR_L3_TRSM_ARGS(T));   \
+  template void checked_trsm<T, false>(const rep&, ZAR_L3_TRSM_ARGS(T));  \
+  template void checked_symm<T, false>(const rep&, ZAR_L3_SYMM_ARGS(T));  \
+  template void checked_syrk<T, T>(const rep&, ZAR_L3_SYRK_ARGS(T, T));   \
+  template void checked_syr2k<T, T>(const rep&, ZAR_L3_SYR2K_ARGS(T, T)); \
+  template void checked_gemmt<T>(const rep&, ZAR_L3_GEMMT_ARGS(T));       \
+  template void checked_batch<T>(const rep&, ZAR_L3_GEMM_BATCH_ARGS(T));  \
   template void checked_strided<T>(const rep&, ZAR_L3_GEMM_STRIDED_ARGS(T));
-#define ZAR_L3_INSTANTIATE_CPLX(t, T, R)                                                             \
-  template void checked_symm<T, true>(const rep&, ZAR_L3_SYMM_ARGS(T));                              \
-  template void checked_syrk<T, R>(const rep&, ZAR_L3_SYRK_ARGS(T, R));                              \
-  template void checked_syr2k<T, R>(const rep&, ZAR_L3_SYR2K_ARGS(T, R));                            \
+#define ZAR_L3_INSTANTIATE_CPLX(t, T, R)                                  \
+  template void checked_symm<T, true>(const rep&, ZAR_L3_SYMM_ARGS(T));   \
+  template void checked_syrk<T, R>(const rep&, ZAR_L3_SYRK_ARGS(T, R));   \
+  template void checked_syr2k<T, R>(const rep&, ZAR_L3_SYR2K_ARGS(T, R)); \
   template void checked_gemm3m<T>(const rep&, ZAR_L3_GEMM_ARGS(T));
 ZAR_L3_ALL(ZAR_L3_INSTANTIATE_ALL)
 ZAR_L3_CPLX(ZAR_L3_INSTANTIATE_CPLX)
@@ -250,24 +265,24 @@ using namespace zar::core::l3;
 // checks) and the Fortran interfaces <name>_. Complex arguments arrive as
 // void* in the published prototypes (zar/blas.h); the element type has the
 // same layout. Each list entry: (name, argument list, dispatcher, checked).
-#define ZAR_L3_EXPORT(t, name, ARGS, NAMES, run, checked)                               \
-  ZAR_API void zar_blas_##t##name(ARGS) { run(NAMES); }                                 \
+#define ZAR_L3_EXPORT(t, name, ARGS, NAMES, run, checked) \
+  ZAR_API void zar_blas_##t##name(ARGS) { run(NAMES); }   \
   ZAR_API void t##name##_(ARGS) { checked(rep{#t[0], #name, false}, NAMES); }
 
-#define ZAR_L3_EXPORT_ALL(t, T, R)                                                                              \
-  ZAR_L3_EXPORT(t, trsm, ZAR_L3_TRSM_ARGS(T), ZAR_L3_TRSM_NAMES, (run_trsm<T, true>), (checked_trsm<T, true>))     \
-  ZAR_L3_EXPORT(t, trmm, ZAR_L3_TRSM_ARGS(T), ZAR_L3_TRSM_NAMES, (run_trsm<T, false>), (checked_trsm<T, false>))   \
-  ZAR_L3_EXPORT(t, symm, ZAR_L3_SYMM_ARGS(T), ZAR_L3_SYMM_NAMES, (run_symm<T, false>), (checked_symm<T, false>))   \
-  ZAR_L3_EXPORT(t, syrk, ZAR_L3_SYRK_ARGS(T, T), ZAR_L3_SYRK_NAMES, (run_syrk<T, T>), (checked_syrk<T, T>))        \
-  ZAR_L3_EXPORT(t, syr2k, ZAR_L3_SYR2K_ARGS(T, T), ZAR_L3_SYR2K_NAMES, (run_syr2k<T, T>), (checked_syr2k<T, T>))   \
-  ZAR_L3_EXPORT(t, gemmt, ZAR_L3_GEMMT_ARGS(T), ZAR_L3_GEMMT_NAMES, run_gemmt<T>, checked_gemmt<T>)                \
-  ZAR_L3_EXPORT(t, gemm_batch, ZAR_L3_GEMM_BATCH_ARGS(T), ZAR_L3_BATCH_NAMES, run_batch<T>, checked_batch<T>)      \
-  ZAR_L3_EXPORT(t, gemm_batch_strided, ZAR_L3_GEMM_STRIDED_ARGS(T), ZAR_L3_STRIDED_NAMES, run_strided<T>,          \
+#define ZAR_L3_EXPORT_ALL(t, T, R)                                                                               \
+  ZAR_L3_EXPORT(t, trsm, ZAR_L3_TRSM_ARGS(T), ZAR_L3_TRSM_NAMES, (run_trsm<T, true>), (checked_trsm<T, true>))   \
+  ZAR_L3_EXPORT(t, trmm, ZAR_L3_TRSM_ARGS(T), ZAR_L3_TRSM_NAMES, (run_trsm<T, false>), (checked_trsm<T, false>)) \
+  ZAR_L3_EXPORT(t, symm, ZAR_L3_SYMM_ARGS(T), ZAR_L3_SYMM_NAMES, (run_symm<T, false>), (checked_symm<T, false>)) \
+  ZAR_L3_EXPORT(t, syrk, ZAR_L3_SYRK_ARGS(T, T), ZAR_L3_SYRK_NAMES, (run_syrk<T, T>), (checked_syrk<T, T>))      \
+  ZAR_L3_EXPORT(t, syr2k, ZAR_L3_SYR2K_ARGS(T, T), ZAR_L3_SYR2K_NAMES, (run_syr2k<T, T>), (checked_syr2k<T, T>)) \
+  ZAR_L3_EXPORT(t, gemmt, ZAR_L3_GEMMT_ARGS(T), ZAR_L3_GEMMT_NAMES, run_gemmt<T>, checked_gemmt<T>)              \
+  ZAR_L3_EXPORT(t, gemm_batch, ZAR_L3_GEMM_BATCH_ARGS(T), ZAR_L3_BATCH_NAMES, run_batch<T>, checked_batch<T>)    \
+  ZAR_L3_EXPORT(t, gemm_batch_strided, ZAR_L3_GEMM_STRIDED_ARGS(T), ZAR_L3_STRIDED_NAMES, run_strided<T>,        \
                 checked_strided<T>)
-#define ZAR_L3_EXPORT_CPLX(t, T, R)                                                                             \
-  ZAR_L3_EXPORT(t, hemm, ZAR_L3_SYMM_ARGS(T), ZAR_L3_SYMM_NAMES, (run_symm<T, true>), (checked_symm<T, true>))     \
-  ZAR_L3_EXPORT(t, herk, ZAR_L3_SYRK_ARGS(T, R), ZAR_L3_SYRK_NAMES, (run_syrk<T, R>), (checked_syrk<T, R>))        \
-  ZAR_L3_EXPORT(t, her2k, ZAR_L3_SYR2K_ARGS(T, R), ZAR_L3_SYR2K_NAMES, (run_syr2k<T, R>), (checked_syr2k<T, R>))   \
+#define ZAR_L3_EXPORT_CPLX(t, T, R)                                                                              \
+  ZAR_L3_EXPORT(t, hemm, ZAR_L3_SYMM_ARGS(T), ZAR_L3_SYMM_NAMES, (run_symm<T, true>), (checked_symm<T, true>))   \
+  ZAR_L3_EXPORT(t, herk, ZAR_L3_SYRK_ARGS(T, R), ZAR_L3_SYRK_NAMES, (run_syrk<T, R>), (checked_syrk<T, R>))      \
+  ZAR_L3_EXPORT(t, her2k, ZAR_L3_SYR2K_ARGS(T, R), ZAR_L3_SYR2K_NAMES, (run_syr2k<T, R>), (checked_syr2k<T, R>)) \
   ZAR_L3_EXPORT(t, gemm3m, ZAR_L3_GEMM_ARGS(T), ZAR_L3_GEMM_NAMES, run_gemm3m<T>, checked_gemm3m<T>)
 ZAR_L3_ALL(ZAR_L3_EXPORT_ALL)
 ZAR_L3_CPLX(ZAR_L3_EXPORT_CPLX)

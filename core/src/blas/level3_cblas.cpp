@@ -70,9 +70,7 @@ inline char side_of(int s, bool row) {
 inline char uplo_of(int u, bool row) {
   return u == CblasUpper ? (row ? 'L' : 'U') : u == CblasLower ? (row ? 'U' : 'L') : 0;
 }
-inline char trans_of(int t) {
-  return t == CblasNoTrans ? 'N' : t == CblasTrans ? 'T' : t == CblasConjTrans ? 'C' : 0;
-}
+inline char trans_of(int t) { return t == CblasNoTrans ? 'N' : t == CblasTrans ? 'T' : t == CblasConjTrans ? 'C' : 0; }
 inline char diag_of(int d) { return d == CblasNonUnit ? 'N' : d == CblasUnit ? 'U' : 0; }
 // The rank updates in row-major: the transpose of the stored operand.
 inline char rank_trans_of(int t, bool row, bool herm) {
@@ -88,9 +86,8 @@ template <class T> T conj_of(const T& a) {
 
 }  // namespace
 
-template <class T, bool Solve>
-void cblas_trsm(char t, const char* op, int L, int S, int U, int TA, int D, int M, int N, const T* alpha,
-                const T* A, int lda, T* B, int ldb) {
+template <class T, bool Solve> void cblas_trsm(char t, const char* op, int L, int S, int U, int TA, int D, int M, int N,
+                                               const T* alpha, const T* A, int lda, T* B, int ldb) {
   with_layout(t, op, L, [&](const call& c) {
     char side, uplo, ta, diag;
     if (!(side = c.option(side_of(S, c.row), 2, bad_side, S))) return;
@@ -102,9 +99,8 @@ void cblas_trsm(char t, const char* op, int L, int S, int U, int TA, int D, int 
   });
 }
 
-template <class T, bool Herm>
-void cblas_symm(char t, const char* op, int L, int S, int U, int M, int N, const T* alpha, const T* A, int lda,
-                const T* B, int ldb, const T* beta, T* C, int ldc) {
+template <class T, bool Herm> void cblas_symm(char t, const char* op, int L, int S, int U, int M, int N, const T* alpha,
+                                              const T* A, int lda, const T* B, int ldb, const T* beta, T* C, int ldc) {
   with_layout(t, op, L, [&](const call& c) {
     char side, uplo;
     if (!(side = c.option(side_of(S, c.row), 2, bad_side, S))) return;
@@ -116,9 +112,8 @@ void cblas_symm(char t, const char* op, int L, int S, int U, int M, int N, const
 
 // syrk/herk (B null) and syr2k/her2k. The reference reports an illegal uplo
 // of a row-major call at position 3 (2 in column-major); so do we.
-template <class T, class S>
-void cblas_rank(char t, const char* op, int L, int U, int TR, int N, int K, const T* alpha, const T* A, int lda,
-                const T* B, int ldb, const S* beta, T* C, int ldc) {
+template <class T, class S> void cblas_rank(char t, const char* op, int L, int U, int TR, int N, int K, const T* alpha,
+                                            const T* A, int lda, const T* B, int ldb, const S* beta, T* C, int ldc) {
   with_layout(t, op, L, [&](const call& c) {
     constexpr bool herm = herm_v<T, S>;
     char uplo, trans;
@@ -134,9 +129,8 @@ void cblas_rank(char t, const char* op, int L, int U, int TR, int N, int K, cons
   });
 }
 
-template <class T>
-void cblas_gemmt(char t, int L, int U, int TA, int TB, int N, int K, const T* alpha, const T* A, int lda,
-                 const T* B, int ldb, const T* beta, T* C, int ldc) {
+template <class T> void cblas_gemmt(char t, int L, int U, int TA, int TB, int N, int K, const T* alpha, const T* A,
+                                    int lda, const T* B, int ldb, const T* beta, T* C, int ldc) {
   with_layout(t, "gemmt", L, [&](const call& c) {
     char uplo, ta, tb;
     if (!(uplo = c.option(uplo_of(U, c.row), 2, bad_uplo, U))) return;
@@ -147,9 +141,8 @@ void cblas_gemmt(char t, int L, int U, int TA, int TB, int N, int K, const T* al
   });
 }
 
-template <class T>
-void cblas_gemm3m(char t, int L, int TA, int TB, int M, int N, int K, const T* alpha, const T* A, int lda,
-                  const T* B, int ldb, const T* beta, T* C, int ldc) {
+template <class T> void cblas_gemm3m(char t, int L, int TA, int TB, int M, int N, int K, const T* alpha, const T* A,
+                                     int lda, const T* B, int ldb, const T* beta, T* C, int ldc) {
   with_layout(t, "gemm3m", L, [&](const call& c) {
     char ta, tb;
     if (!(ta = c.option(trans_of(TA), 2, bad_transa, TA))) return;
@@ -159,26 +152,25 @@ void cblas_gemm3m(char t, int L, int TA, int TB, int M, int N, int K, const T* a
   });
 }
 
-template <class T>
-void cblas_strided(char t, int L, int TA, int TB, int M, int N, int K, const T* alpha, const T* A, int lda, int sa,
-                   const T* B, int ldb, int sb, const T* beta, T* C, int ldc, int sc, int count) {
+template <class T> void cblas_strided(char t, int L, int TA, int TB, int M, int N, int K, const T* alpha, const T* A,
+                                      int lda, int sa, const T* B, int ldb, int sb, const T* beta, T* C, int ldc,
+                                      int sc, int count) {
   with_layout(t, "gemm_batch_strided", L, [&](const call& c) {
     char ta, tb;
     if (!(ta = c.option(trans_of(TA), 2, bad_transa, TA))) return;
     if (!(tb = c.option(trans_of(TB), 3, bad_transb, TB))) return;
     if (c.row)
       checked_strided<T>(c.r, &tb, &ta, &N, &M, &K, alpha, B, &ldb, &sb, A, &lda, &sa, beta, C, &ldc, &sc, &count);
-    else
-      checked_strided<T>(c.r, &ta, &tb, &M, &N, &K, alpha, A, &lda, &sa, B, &ldb, &sb, beta, C, &ldc, &sc, &count);
+    else checked_strided<T>(c.r, &ta, &tb, &M, &N, &K, alpha, A, &lda, &sa, B, &ldb, &sb, beta, C, &ldc, &sc, &count);
   });
 }
 
 // The option arrays of a batch are decoded into letters group by group; an
 // illegal value is reported with the group's first one.
-template <class T>
-void cblas_batch(char t, int L, const int* TA, const int* TB, const int* M, const int* N, const int* K,
-                 const T* alpha, const T** A, const int* lda, const T** B, const int* ldb, const T* beta, T** C,
-                 const int* ldc, int groups, const int* sizes) {
+template <class T> void cblas_batch(char t, int L, const int* TA, const int* TB, const int* M, const int* N,
+                                    const int* K, const T* alpha, const T** A, const int* lda, const T** B,
+                                    const int* ldb, const T* beta, T** C, const int* ldc, int groups,
+                                    const int* sizes) {
   with_layout(t, "gemm_batch", L, [&](const call& c) {
     const int g_count = std::max(groups, 0);
     char* letters = static_cast<char*>(std::malloc(2 * static_cast<size_t>(g_count) + 2));
@@ -222,73 +214,71 @@ using CU = CBLAS_UPLO;
 using CS = CBLAS_SIDE;
 using CD = CBLAS_DIAG;
 
-#define ZAR_L3C_TRI(t, T, S, P, V, op, solve)                                                                    \
-  ZAR_API void cblas_##t##op(CL L, CS Sd, CU U, CT TA, CD D, const int M, const int N, S alpha, const V* A,     \
-                             const int lda, V* B, const int ldb) {                                              \
-    cblas_trsm<T, solve>(#t[0], #op, ev(L), ev(Sd), ev(U), ev(TA), ev(D), M, N, P(T, alpha), (const T*)A, lda,  \
-                         (T*)B, ldb);                                                                           \
+#define ZAR_L3C_TRI(t, T, S, P, V, op, solve)                                                                         \
+  ZAR_API void cblas_##t##op(CL L, CS Sd, CU U, CT TA, CD D, const int M, const int N, S alpha, const V* A,           \
+                             const int lda, V* B, const int ldb) {                                                    \
+    cblas_trsm<T, solve>(#t[0], #op, ev(L), ev(Sd), ev(U), ev(TA), ev(D), M, N, P(T, alpha), (const T*)A, lda, (T*)B, \
+                         ldb);                                                                                        \
   }
 #define ZAR_L3C_SYMM(t, T, S, P, V, op, herm)                                                                    \
-  ZAR_API void cblas_##t##op(CL L, CS Sd, CU U, const int M, const int N, S alpha, const V* A, const int lda,   \
-                             const V* B, const int ldb, S beta, V* C, const int ldc) {                          \
+  ZAR_API void cblas_##t##op(CL L, CS Sd, CU U, const int M, const int N, S alpha, const V* A, const int lda,    \
+                             const V* B, const int ldb, S beta, V* C, const int ldc) {                           \
     cblas_symm<T, herm>(#t[0], #op, ev(L), ev(Sd), ev(U), M, N, P(T, alpha), (const T*)A, lda, (const T*)B, ldb, \
-                        P(T, beta), (T*)C, ldc);                                                                \
+                        P(T, beta), (T*)C, ldc);                                                                 \
   }
 // SK: the scalar type of the update (T or the real type), SA/SB alpha and
 // beta as passed, PA/PB their addresses
-#define ZAR_L3C_RK(t, T, SK, SA, PA, SB, PB, V, op)                                                              \
-  ZAR_API void cblas_##t##op(CL L, CU U, CT TR, const int N, const int K, SA alpha, const V* A, const int lda,  \
-                             SB beta, V* C, const int ldc) {                                                    \
-    cblas_rank<T, SK>(#t[0], #op, ev(L), ev(U), ev(TR), N, K, (const T*)PA(SK, alpha), (const T*)A, lda,         \
-                      nullptr, 0, PB(SK, beta), (T*)C, ldc);                                                   \
+#define ZAR_L3C_RK(t, T, SK, SA, PA, SB, PB, V, op)                                                                  \
+  ZAR_API void cblas_##t##op(CL L, CU U, CT TR, const int N, const int K, SA alpha, const V* A, const int lda,       \
+                             SB beta, V* C, const int ldc) {                                                         \
+    cblas_rank<T, SK>(#t[0], #op, ev(L), ev(U), ev(TR), N, K, (const T*)PA(SK, alpha), (const T*)A, lda, nullptr, 0, \
+                      PB(SK, beta), (T*)C, ldc);                                                                     \
   }
-#define ZAR_L3C_R2K(t, T, SK, SA, PA, SB, PB, V, op)                                                             \
+#define ZAR_L3C_R2K(t, T, SK, SA, PA, SB, PB, V, op)                                                            \
   ZAR_API void cblas_##t##op(CL L, CU U, CT TR, const int N, const int K, SA alpha, const V* A, const int lda,  \
                              const V* B, const int ldb, SB beta, V* C, const int ldc) {                         \
-    cblas_rank<T, SK>(#t[0], #op, ev(L), ev(U), ev(TR), N, K, PA(T, alpha), (const T*)A, lda, (const T*)B, ldb,  \
+    cblas_rank<T, SK>(#t[0], #op, ev(L), ev(U), ev(TR), N, K, PA(T, alpha), (const T*)A, lda, (const T*)B, ldb, \
                       PB(SK, beta), (T*)C, ldc);                                                                \
   }
-#define ZAR_L3C_GEMMT(t, T, S, P, V)                                                                             \
-  ZAR_API void cblas_##t##gemmt(CL L, CU U, CT TA, CT TB, const int N, const int K, S alpha, const V* A,         \
-                                const int lda, const V* B, const int ldb, S beta, V* C, const int ldc) {        \
-    cblas_gemmt<T>(#t[0], ev(L), ev(U), ev(TA), ev(TB), N, K, P(T, alpha), (const T*)A, lda, (const T*)B, ldb,   \
-                   P(T, beta), (T*)C, ldc);                                                                     \
+#define ZAR_L3C_GEMMT(t, T, S, P, V)                                                                           \
+  ZAR_API void cblas_##t##gemmt(CL L, CU U, CT TA, CT TB, const int N, const int K, S alpha, const V* A,       \
+                                const int lda, const V* B, const int ldb, S beta, V* C, const int ldc) {       \
+    cblas_gemmt<T>(#t[0], ev(L), ev(U), ev(TA), ev(TB), N, K, P(T, alpha), (const T*)A, lda, (const T*)B, ldb, \
+                   P(T, beta), (T*)C, ldc);                                                                    \
   }
-#define ZAR_L3C_BATCH(t, T, S, P, V)                                                                             \
-  ZAR_API void cblas_##t##gemm_batch(CL L, const CT* TA, const CT* TB, const int* M, const int* N,               \
-                                     const int* K, const V* alpha, const V** A, const int* lda, const V** B,    \
-                                     const int* ldb, const V* beta, V** C, const int* ldc, const int groups,    \
-                                     const int* sizes) {                                                        \
-    static_assert(sizeof(CT) == sizeof(int));                                                                   \
-    cblas_batch<T>(#t[0], ev(L), (const int*)TA, (const int*)TB, M, N, K, (const T*)alpha, (const T**)A, lda,    \
-                   (const T**)B, ldb, (const T*)beta, (T**)C, ldc, groups, sizes);                              \
-  }                                                                                                             \
-  ZAR_API void cblas_##t##gemm_batch_strided(CL L, CT TA, CT TB, const int M, const int N, const int K, S alpha, \
-                                             const V* A, const int lda, const int sa, const V* B, const int ldb, \
-                                             const int sb, S beta, V* C, const int ldc, const int sc,           \
-                                             const int count) {                                                 \
-    cblas_strided<T>(#t[0], ev(L), ev(TA), ev(TB), M, N, K, P(T, alpha), (const T*)A, lda, sa, (const T*)B, ldb, \
-                     sb, P(T, beta), (T*)C, ldc, sc, count);                                                    \
+#define ZAR_L3C_BATCH(t, T, S, P, V)                                                                                 \
+  ZAR_API void cblas_##t##gemm_batch(CL L, const CT* TA, const CT* TB, const int* M, const int* N, const int* K,     \
+                                     const V* alpha, const V** A, const int* lda, const V** B, const int* ldb,       \
+                                     const V* beta, V** C, const int* ldc, const int groups, const int* sizes) {     \
+    static_assert(sizeof(CT) == sizeof(int));                                                                        \
+    cblas_batch<T>(#t[0], ev(L), (const int*)TA, (const int*)TB, M, N, K, (const T*)alpha, (const T**)A, lda,        \
+                   (const T**)B, ldb, (const T*)beta, (T**)C, ldc, groups, sizes);                                   \
+  }                                                                                                                  \
+  ZAR_API void cblas_##t##gemm_batch_strided(                                                                        \
+      CL L, CT TA, CT TB, const int M, const int N, const int K, S alpha, const V* A, const int lda, const int sa,   \
+      const V* B, const int ldb, const int sb, S beta, V* C, const int ldc, const int sc, const int count) {         \
+    cblas_strided<T>(#t[0], ev(L), ev(TA), ev(TB), M, N, K, P(T, alpha), (const T*)A, lda, sa, (const T*)B, ldb, sb, \
+                     P(T, beta), (T*)C, ldc, sc, count);                                                             \
   }
 
-#define ZAR_L3C_ALL(t, T, S, P, V)                  \
-  ZAR_L3C_TRI(t, T, S, P, V, trsm, true)            \
-  ZAR_L3C_TRI(t, T, S, P, V, trmm, false)           \
-  ZAR_L3C_SYMM(t, T, S, P, V, symm, false)          \
-  ZAR_L3C_RK(t, T, T, S, P, S, P, V, syrk)          \
-  ZAR_L3C_R2K(t, T, T, S, P, S, P, V, syr2k)        \
-  ZAR_L3C_GEMMT(t, T, S, P, V)                      \
+#define ZAR_L3C_ALL(t, T, S, P, V)           \
+  ZAR_L3C_TRI(t, T, S, P, V, trsm, true)     \
+  ZAR_L3C_TRI(t, T, S, P, V, trmm, false)    \
+  ZAR_L3C_SYMM(t, T, S, P, V, symm, false)   \
+  ZAR_L3C_RK(t, T, T, S, P, S, P, V, syrk)   \
+  ZAR_L3C_R2K(t, T, T, S, P, S, P, V, syr2k) \
+  ZAR_L3C_GEMMT(t, T, S, P, V)               \
   ZAR_L3C_BATCH(t, T, S, P, V)
 #define ZAR_L3C_REAL(t, T, R) ZAR_L3C_ALL(t, T, const T, ZAR_L3C_VAL, T)
-#define ZAR_L3C_CPLX(t, T, R)                                                      \
-  ZAR_L3C_ALL(t, T, const void*, ZAR_L3C_PTR, void)                                \
-  ZAR_L3C_SYMM(t, T, const void*, ZAR_L3C_PTR, void, hemm, true)                   \
-  ZAR_L3C_RK(t, T, R, const R, ZAR_L3C_VAL, const R, ZAR_L3C_VAL, void, herk)      \
-  ZAR_L3C_R2K(t, T, R, const void*, ZAR_L3C_PTR, const R, ZAR_L3C_VAL, void, her2k) \
-  ZAR_API void cblas_##t##gemm3m(CL L, CT TA, CT TB, const int M, const int N, const int K, const void* alpha,     \
+#define ZAR_L3C_CPLX(t, T, R)                                                                                   \
+  ZAR_L3C_ALL(t, T, const void*, ZAR_L3C_PTR, void)                                                             \
+  ZAR_L3C_SYMM(t, T, const void*, ZAR_L3C_PTR, void, hemm, true)                                                \
+  ZAR_L3C_RK(t, T, R, const R, ZAR_L3C_VAL, const R, ZAR_L3C_VAL, void, herk)                                   \
+  ZAR_L3C_R2K(t, T, R, const void*, ZAR_L3C_PTR, const R, ZAR_L3C_VAL, void, her2k)                             \
+  ZAR_API void cblas_##t##gemm3m(CL L, CT TA, CT TB, const int M, const int N, const int K, const void* alpha,  \
                                  const void* A, const int lda, const void* B, const int ldb, const void* beta,  \
                                  void* C, const int ldc) {                                                      \
-    cblas_gemm3m<T>(#t[0], ev(L), ev(TA), ev(TB), M, N, K, (const T*)alpha, (const T*)A, lda, (const T*)B, ldb,  \
+    cblas_gemm3m<T>(#t[0], ev(L), ev(TA), ev(TB), M, N, K, (const T*)alpha, (const T*)A, lda, (const T*)B, ldb, \
                     (const T*)beta, (T*)C, ldc);                                                                \
   }
 ZAR_L3_REAL(ZAR_L3C_REAL)

@@ -30,22 +30,24 @@ ZAR_API void xerbla_array_(const char* srname_array, const int* srname_len, cons
 // The argument lists ((declaration), (call)) of the common signatures.
 #define ZAR_SUB_DOT(T) ((const int* n, const T* x, const int* incx, const T* y, const int* incy), (n, x, incx, y, incy))
 #define ZAR_SUB_VEC(T) ((const int* n, const T* x, const int* incx), (n, x, incx))
-#define ZAR_SUB_SDSDOT \
-  ((const int* n, const float* sb, const float* x, const int* incx, const float* y, const int* incy), (n, sb, x, incx, y, incy))
+#define ZAR_SUB_SDSDOT                                                                                \
+  ((const int* n, const float* sb, const float* x, const int* incx, const float* y, const int* incy), \
+   (n, sb, x, incx, y, incy))
 
 // (function, result type, argument lists)
-#define ZAR_SUB_LIST(X)                                                                           \
-  X(sdot, float, ZAR_SUB_DOT(float)) X(ddot, double, ZAR_SUB_DOT(double))                         \
-  X(dsdot, double, ZAR_SUB_DOT(float)) X(sdsdot, float, ZAR_SUB_SDSDOT)                           \
-  X(cdotu, zar_fcomplex, ZAR_SUB_DOT(void)) X(cdotc, zar_fcomplex, ZAR_SUB_DOT(void))             \
-  X(zdotu, zar_dcomplex, ZAR_SUB_DOT(void)) X(zdotc, zar_dcomplex, ZAR_SUB_DOT(void))             \
-  X(snrm2, float, ZAR_SUB_VEC(float)) X(dnrm2, double, ZAR_SUB_VEC(double))                       \
-  X(scnrm2, float, ZAR_SUB_VEC(void)) X(dznrm2, double, ZAR_SUB_VEC(void))                        \
-  X(sasum, float, ZAR_SUB_VEC(float)) X(dasum, double, ZAR_SUB_VEC(double))                       \
-  X(scasum, float, ZAR_SUB_VEC(void)) X(dzasum, double, ZAR_SUB_VEC(void))                        \
-  X(isamax, int, ZAR_SUB_VEC(float)) X(idamax, int, ZAR_SUB_VEC(double))                          \
-  X(icamax, int, ZAR_SUB_VEC(void)) X(izamax, int, ZAR_SUB_VEC(void))                             \
-  X(scabs1, float, ((const void* z), (z))) X(dcabs1, double, ((const void* z), (z)))
+#define ZAR_SUB_LIST(X)                                                                                      \
+  X(sdot, float, ZAR_SUB_DOT(float))                                                                         \
+  X(ddot, double, ZAR_SUB_DOT(double)) X(dsdot, double, ZAR_SUB_DOT(float)) X(sdsdot, float, ZAR_SUB_SDSDOT) \
+      X(cdotu, zar_fcomplex, ZAR_SUB_DOT(void)) X(cdotc, zar_fcomplex, ZAR_SUB_DOT(void))                    \
+          X(zdotu, zar_dcomplex, ZAR_SUB_DOT(void)) X(zdotc, zar_dcomplex, ZAR_SUB_DOT(void))                \
+              X(snrm2, float, ZAR_SUB_VEC(float)) X(dnrm2, double, ZAR_SUB_VEC(double))                      \
+                  X(scnrm2, float, ZAR_SUB_VEC(void)) X(dznrm2, double, ZAR_SUB_VEC(void))                   \
+                      X(sasum, float, ZAR_SUB_VEC(float)) X(dasum, double, ZAR_SUB_VEC(double))              \
+                          X(scasum, float, ZAR_SUB_VEC(void)) X(dzasum, double, ZAR_SUB_VEC(void))           \
+                              X(isamax, int, ZAR_SUB_VEC(float)) X(idamax, int, ZAR_SUB_VEC(double))         \
+                                  X(icamax, int, ZAR_SUB_VEC(void)) X(izamax, int, ZAR_SUB_VEC(void))        \
+                                      X(scabs1, float, ((const void* z), (z)))                               \
+                                          X(dcabs1, double, ((const void* z), (z)))
 
 // fn##sub_(arguments..., result): the function's arguments with the
 // address of its result appended.

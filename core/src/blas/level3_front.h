@@ -25,31 +25,29 @@ using zar::c64;
 
 // ---- the kernels of one element type
 template <class T> struct kern;
-#define ZAR_L3_KERN_ALL(t)                                                                      \
-  static auto trsm() { return ZAR_KERNEL(zar_blas_avx_x##t##trsm); }                           \
-  static auto trmm() { return ZAR_KERNEL(zar_blas_avx_x##t##trmm); }                           \
-  static auto symm() { return ZAR_KERNEL(zar_blas_avx_x##t##symm); }                           \
-  static auto syrk() { return ZAR_KERNEL(zar_blas_avx_x##t##syrk); }                          \
-  static auto syrk_in() { return ZAR_KERNEL(zar_blas_avx_x##t##syrk_in_thread); }              \
-  static auto syr2k() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2k); }                        \
-  static auto syr2k_in() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2k_in_thread); }            \
-  static auto gemmt() { return ZAR_KERNEL(zar_blas_avx_x##t##gemmt); }                        \
-  static auto gemmt_in() { return ZAR_KERNEL(zar_blas_avx_x##t##gemmt_in_thread); }            \
-  static auto batch() { return ZAR_KERNEL(zar_blas_avx_x##t##gemm_batch); }                    \
+#define ZAR_L3_KERN_ALL(t)                                                          \
+  static auto trsm() { return ZAR_KERNEL(zar_blas_avx_x##t##trsm); }                \
+  static auto trmm() { return ZAR_KERNEL(zar_blas_avx_x##t##trmm); }                \
+  static auto symm() { return ZAR_KERNEL(zar_blas_avx_x##t##symm); }                \
+  static auto syrk() { return ZAR_KERNEL(zar_blas_avx_x##t##syrk); }                \
+  static auto syrk_in() { return ZAR_KERNEL(zar_blas_avx_x##t##syrk_in_thread); }   \
+  static auto syr2k() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2k); }              \
+  static auto syr2k_in() { return ZAR_KERNEL(zar_blas_avx_x##t##syr2k_in_thread); } \
+  static auto gemmt() { return ZAR_KERNEL(zar_blas_avx_x##t##gemmt); }              \
+  static auto gemmt_in() { return ZAR_KERNEL(zar_blas_avx_x##t##gemmt_in_thread); } \
+  static auto batch() { return ZAR_KERNEL(zar_blas_avx_x##t##gemm_batch); }         \
   static auto strided() { return ZAR_KERNEL(zar_blas_avx_x##t##gemm_batch_strided); }
 #define ZAR_L3_KERN_REAL(t, T, R) \
-  template <> struct kern<T> {    \
-    ZAR_L3_KERN_ALL(t)            \
-  };
-#define ZAR_L3_KERN_CPLX(t, T, R)                                                       \
-  template <> struct kern<T> {                                                          \
-    ZAR_L3_KERN_ALL(t)                                                                  \
-    static auto hemm() { return ZAR_KERNEL(zar_blas_avx_x##t##hemm); }                  \
-    static auto herk() { return ZAR_KERNEL(zar_blas_avx_x##t##herk); }                  \
-    static auto herk_in() { return ZAR_KERNEL(zar_blas_avx_x##t##herk_in_thread); }     \
-    static auto her2k() { return ZAR_KERNEL(zar_blas_avx_x##t##her2k); }                \
-    static auto her2k_in() { return ZAR_KERNEL(zar_blas_avx_x##t##her2k_in_thread); }   \
-    static auto gemm3m() { return ZAR_KERNEL(zar_blas_avx_x##t##gemm3m); }              \
+  template <> struct kern<T> { ZAR_L3_KERN_ALL(t) };
+#define ZAR_L3_KERN_CPLX(t, T, R)                                                     \
+  template <> struct kern<T> {                                                        \
+    ZAR_L3_KERN_ALL(t)                                                                \
+    static auto hemm() { return ZAR_KERNEL(zar_blas_avx_x##t##hemm); }                \
+    static auto herk() { return ZAR_KERNEL(zar_blas_avx_x##t##herk); }                \
+    static auto herk_in() { return ZAR_KERNEL(zar_blas_avx_x##t##herk_in_thread); }   \
+    static auto her2k() { return ZAR_KERNEL(zar_blas_avx_x##t##her2k); }              \
+    static auto her2k_in() { return ZAR_KERNEL(zar_blas_avx_x##t##her2k_in_thread); } \
+    static auto gemm3m() { return ZAR_KERNEL(zar_blas_avx_x##t##gemm3m); }            \
   };
 ZAR_L3_REAL(ZAR_L3_KERN_REAL)
 ZAR_L3_CPLX(ZAR_L3_KERN_CPLX)
@@ -72,8 +70,8 @@ template <class S> inline bool is_one(const S& a) {
 // six characters, and the position. CBLAS: cblas_xerbla with "cblas_<name>"
 // and the position plus one (the layout argument comes first).
 struct rep {
-  char t;           // type letter
-  const char* op;   // routine name without the letter
+  char t;          // type letter
+  const char* op;  // routine name without the letter
   bool cblas;
   // Reports position pos when it is not 0; true when every argument was legal.
   bool ok(int pos) const {
@@ -98,8 +96,8 @@ inline bool is(const char* c, char u) { return opt_upper(c) == u; }
 inline bool any_trans(const char* c) { return is(c, 'N') || is(c, 'T') || is(c, 'C'); }
 
 // trsm, trmm: side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb
-inline int check_trsm(const char* side, const char* uplo, const char* transa, const char* diag, int m, int n,
-                      int lda, int ldb) {
+inline int check_trsm(const char* side, const char* uplo, const char* transa, const char* diag, int m, int n, int lda,
+                      int ldb) {
   const int nrowa = is(side, 'L') ? m : n;
   if (!is(side, 'L') && !is(side, 'R')) return 1;
   if (!is(uplo, 'U') && !is(uplo, 'L')) return 2;
@@ -217,14 +215,12 @@ template <class T> int check_strided(ZAR_L3_GEMM_STRIDED_ARGS(T)) {
 #define ZAR_L3_SYRK_NAMES uplo, trans, n, k, alpha, a, lda, beta, c, ldc
 #define ZAR_L3_SYR2K_NAMES uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc
 #define ZAR_L3_GEMMT_NAMES uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc
-#define ZAR_L3_BATCH_NAMES \
-  transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, group_count, group_size
+#define ZAR_L3_BATCH_NAMES transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, group_count, group_size
 #define ZAR_L3_STRIDED_NAMES \
   transa, transb, m, n, k, alpha, a, lda, stridea, b, ldb, strideb, beta, c, ldc, stridec, batch_size
 
 // ---- quick returns of the published routines (after the checks)
-template <class T, class S>
-inline bool nothing_to_do(int m, int n, int k, const T& alpha, const S& beta) {
+template <class T, class S> inline bool nothing_to_do(int m, int n, int k, const T& alpha, const S& beta) {
   return m == 0 || n == 0 || ((is_zero(alpha) || k == 0) && is_one(beta));
 }
 
