@@ -1,10 +1,12 @@
 // Triangular Level-3 drivers: trsm (solve op(A) X = alpha B or
 // X op(A) = alpha B) and trmm (B := alpha op(A) B or alpha B op(A)).
 //
-// Both are a recursion over the triangle's dimension: the triangle is cut in
-// two, the off-diagonal block goes to the GEMM engine and the halves recurse
-// until a diagonal block of at most nb lines remains. Only the diagonal
-// blocks are triangular work.
+// Both walk the triangle's dimension in panels of kp lines: each panel is
+// first updated from the lines before it (in the walk's order) by one GEMM
+// engine product, then handled by a recursion: the panel is cut in two, the
+// off-diagonal block goes to the engine and the halves recurse until a
+// diagonal block of at most nb lines remains. Only the diagonal blocks are
+// triangular work.
 //
 // Every case is brought to one canonical form, X W = B for each line of B
 // (a row of B for side right, a column for side left), with W the diagonal
@@ -40,11 +42,13 @@ using gemm::tr;
 
 enum class op { solve, mul };
 
-// Diagonal block of the recursion and columns of B per transposed panel
-// (side left).
+// Blocking: the diagonal block of the recursion (nb), the panel of the
+// outer walk (kp, whole diagonal blocks), the lines of B per panel recursion
+// (nc: its engine products need about 128 x (128 + nc) elements of work
+// area, kept near 384 KiB, below the allocator's fresh-mapping size), the
+// columns of B per transposed copy (cw, side left).
 template <class T> struct block {
-  static constexpr int nb = 32;
-  static constexpr int cw = 64;
+  static constexpr int nb = 32, kp = 256, nc = 3072 / static_cast<int>(sizeof(T)) - 128, cw = 64;
 };
 
 template <class T> inline T minus_one() {
@@ -307,6 +311,44 @@ template <class T, op O, bool Left, bool Up, tr TA, bool Unit> struct driver {
                   at(b, 0, t0, ldb), ldb);
   }
 
+  // The whole triangle (k lines): panels of kp lines in the walk's order,
+  // each updated from all the lines before it by one engine product (its
+  // depth as long as the walk so far), then solved or multiplied by the
+  // recursion below. trmm walks the other way, so that the lines a panel
+  // reads are not yet overwritten. Every product of a call has the same
+  // panel height, so the engine's work areas have few sizes.
+  void run_all(int k) const {
+    const int kp = block<T>::kp;
+    const int panels = (k + kp - 1) / kp;
+    constexpr bool rising = (O == op::solve) == Up;
+    for (int i = 0; i < panels; ++i) {
+      const int q = rising ? i : panels - 1 - i;
+      const int j0 = q * kp, kj = imin(kp, k - j0);
+      // the lines feeding this panel: those before it (W upper) or after it
+      const int s0 = Up ? 0 : j0 + kj, ks = Up ? j0 : k - j0 - kj;
+      if constexpr (O == op::solve) {
+        if (ks > 0) update(j0, kj, s0, ks, minus_one<T>());
+        run_panel(j0, kj);
+      } else {
+        run_panel(j0, kj);
+        if (ks > 0) update(j0, kj, s0, ks, alpha);
+      }
+    }
+  }
+
+  // One panel's recursion, a few lines of B (columns for side left, rows
+  // for side right) at a time, so that the engine's work areas for its small
+  // products stay below the size the allocator maps afresh each time.
+  void run_panel(int j0, int kj) const {
+    const int lines = Left ? n : m;
+    for (int r0 = 0; r0 < lines; r0 += block<T>::nc) {
+      driver part = *this;
+      (Left ? part.n : part.m) = imin(block<T>::nc, lines - r0);
+      part.b = Left ? at(b, 0, r0, ldb) : at(b, r0, 0, ldb);
+      part.run(j0, kj);
+    }
+  }
+
   // The triangle's lines [k0, k0 + k): cut after whole diagonal blocks, near
   // the middle. Upper W: the first part is the source of the update.
   void run(int k0, int k) const {
@@ -358,7 +400,7 @@ void entry(const char* side, const char* uplo, const char* transa, const char* d
 
   auto go = [&]<bool L, bool U, tr M, bool D>() {
     const driver<T, O, L, U, M, D> d{m, n, alpha, a, *plda, b, ldb, work, work ? work + B::nb * B::nb : nullptr};
-    d.run(0, L ? m : n);
+    d.run_all(L ? m : n);
   };
   auto with_bool = [](bool v, auto&& f) {
     if (v) f.template operator()<true>();

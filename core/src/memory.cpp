@@ -33,8 +33,11 @@ constexpr std::size_t header = sizeof(block_info);
 
 // Large work areas (GEMM's packed panels) come from fresh mappings on 32-bit
 // glibc, whose mmap threshold stops at 512 KiB, and touching their new pages
-// costs as much as a mid-sized product. Each thread keeps its last freed
-// large block and hands it out again when a request fits it.
+// costs as much as a mid-sized product. Each thread keeps the largest large
+// block it has freed and hands it out again for any large request that fits
+// it: the Level-3 routines make many engine calls of varying sizes in a row,
+// and each would otherwise map and fault in its area afresh. What a thread
+// holds is bounded by the largest work area it has used.
 constexpr std::size_t spare_min = 512 * 1024;
 struct spare_block {
   block_info b{nullptr, 0};
@@ -52,7 +55,7 @@ ZAR_API void* zar_serv_allocate(size_t bytes, int alignment) {
   const std::size_t align = alignment > 0 ? static_cast<std::size_t>(alignment) : 64;
   if (bytes > SIZE_MAX - align - header) return nullptr;
   block_info b{nullptr, bytes + align + header};
-  if (spare.b.raw && spare.b.size >= b.size && spare.b.size / 2 <= b.size) {
+  if (spare.b.raw && spare.b.size >= b.size && b.size >= spare_min) {
     b = spare.b;
     spare.b = {nullptr, 0};
   } else {
@@ -70,7 +73,7 @@ ZAR_API void zar_serv_deallocate(void* p) {
   if (!p) return;
   block_info b;
   std::memcpy(&b, static_cast<char*>(p) - header, header);
-  if (b.size >= spare_min) std::swap(spare.b, b);
+  if (b.size >= spare_min && b.size > spare.b.size) std::swap(spare.b, b);
   std::free(b.raw);
 }
 

@@ -76,78 +76,43 @@ template <class T> std::vector<T> random_values(size_t count, unsigned seed) {
   return v;
 }
 
-// CBLAS entries of one type, scalars by address (real ones dereferenced),
-// option arguments as plain ints so that illegal values can be passed.
-template <class T> struct cb;
-#define L3F_CB_ALL(t, T, D)                                                                                            \
-  static void trsm(int l, int s, int u, int ta, int d, int M, int N, const T* al, const T* A, int lda, T* B,           \
-                   int ldb) {                                                                                          \
-    cblas_##t##trsm(CBLAS_LAYOUT(l), CBLAS_SIDE(s), CBLAS_UPLO(u), CBLAS_TRANSPOSE(ta), CBLAS_DIAG(d), M, N, D al, A,  \
-                    lda, B, ldb);                                                                                      \
-  }                                                                                                                    \
-  static void trmm(int l, int s, int u, int ta, int d, int M, int N, const T* al, const T* A, int lda, T* B,           \
-                   int ldb) {                                                                                          \
-    cblas_##t##trmm(CBLAS_LAYOUT(l), CBLAS_SIDE(s), CBLAS_UPLO(u), CBLAS_TRANSPOSE(ta), CBLAS_DIAG(d), M, N, D al, A,  \
-                    lda, B, ldb);                                                                                      \
-  }                                                                                                                    \
-  static void symm(int l, int s, int u, int M, int N, const T* al, const T* A, int lda, const T* B, int ldb,           \
-                   const T* be, T* C, int ldc) {                                                                       \
-    cblas_##t##symm(CBLAS_LAYOUT(l), CBLAS_SIDE(s), CBLAS_UPLO(u), M, N, D al, A, lda, B, ldb, D be, C, ldc);          \
-  }                                                                                                                    \
-  static void syrk(int l, int u, int tr, int N, int K, const T* al, const T* A, int lda, const T* be, T* C, int ldc) { \
-    cblas_##t##syrk(CBLAS_LAYOUT(l), CBLAS_UPLO(u), CBLAS_TRANSPOSE(tr), N, K, D al, A, lda, D be, C, ldc);            \
-  }                                                                                                                    \
-  static void syr2k(int l, int u, int tr, int N, int K, const T* al, const T* A, int lda, const T* B, int ldb,         \
-                    const T* be, T* C, int ldc) {                                                                      \
-    cblas_##t##syr2k(CBLAS_LAYOUT(l), CBLAS_UPLO(u), CBLAS_TRANSPOSE(tr), N, K, D al, A, lda, B, ldb, D be, C, ldc);   \
-  }                                                                                                                    \
-  static void gemmt(int l, int u, int ta, int tb, int N, int K, const T* al, const T* A, int lda, const T* B, int ldb, \
-                    const T* be, T* C, int ldc) {                                                                      \
-    cblas_##t##gemmt(CBLAS_LAYOUT(l), CBLAS_UPLO(u), CBLAS_TRANSPOSE(ta), CBLAS_TRANSPOSE(tb), N, K, D al, A, lda, B,  \
-                     ldb, D be, C, ldc);                                                                               \
-  }                                                                                                                    \
-  static void strided(int l, int ta, int tb, int M, int N, int K, const T* al, const T* A, int lda, int sa,            \
-                      const T* B, int ldb, int sb, const T* be, T* C, int ldc, int sc, int count) {                    \
-    cblas_##t##gemm_batch_strided(CBLAS_LAYOUT(l), CBLAS_TRANSPOSE(ta), CBLAS_TRANSPOSE(tb), M, N, K, D al, A, lda,    \
-                                  sa, B, ldb, sb, D be, C, ldc, sc, count);                                            \
-  }                                                                                                                    \
-  static void batch(int l, const int* ta, const int* tb, const int* M, const int* N, const int* K, const T* al,        \
-                    const T** A, const int* lda, const T** B, const int* ldb, const T* be, T** C, const int* ldc,      \
-                    int groups, const int* sizes) {                                                                    \
-    cblas_##t##gemm_batch(CBLAS_LAYOUT(l), reinterpret_cast<const CBLAS_TRANSPOSE*>(ta),                               \
-                          reinterpret_cast<const CBLAS_TRANSPOSE*>(tb), M, N, K, al, (const void_or<T>**)A, lda,       \
-                          (const void_or<T>**)B, ldb, be, (void_or<T>**)C, ldc, groups, sizes);                        \
-  }
-// complex data are passed as void in the published prototypes
-template <class T> using void_or = std::conditional_t<zar::is_complex_v<T>, void, T>;
-#define L3F_CB_REAL(t, T, R) \
-  template <> struct cb<T> { L3F_CB_ALL(t, T, *) };
-#define L3F_CB_CPLX(t, T, R)                                                                                           \
-  template <> struct cb<T> {                                                                                           \
-    L3F_CB_ALL(t, T, )                                                                                                 \
-    static void hemm(int l, int s, int u, int M, int N, const T* al, const T* A, int lda, const T* B, int ldb,         \
-                     const T* be, T* C, int ldc) {                                                                     \
-      cblas_##t##hemm(CBLAS_LAYOUT(l), CBLAS_SIDE(s), CBLAS_UPLO(u), M, N, al, A, lda, B, ldb, be, C, ldc);            \
-    }                                                                                                                  \
-    static void herk(int l, int u, int tr, int N, int K, const R* al, const T* A, int lda, const R* be, T* C,          \
-                     int ldc) {                                                                                        \
-      cblas_##t##herk(CBLAS_LAYOUT(l), CBLAS_UPLO(u), CBLAS_TRANSPOSE(tr), N, K, *al, A, lda, *be, C, ldc);            \
-    }                                                                                                                  \
-    static void her2k(int l, int u, int tr, int N, int K, const T* al, const T* A, int lda, const T* B, int ldb,       \
-                      const R* be, T* C, int ldc) {                                                                    \
-      cblas_##t##her2k(CBLAS_LAYOUT(l), CBLAS_UPLO(u), CBLAS_TRANSPOSE(tr), N, K, al, A, lda, B, ldb, *be, C, ldc);    \
-    }                                                                                                                  \
-    static void gemm3m(int l, int ta, int tb, int M, int N, int K, const T* al, const T* A, int lda, const T* B,       \
-                       int ldb, const T* be, T* C, int ldc) {                                                          \
-      cblas_##t##gemm3m(CBLAS_LAYOUT(l), CBLAS_TRANSPOSE(ta), CBLAS_TRANSPOSE(tb), M, N, K, al, A, lda, B, ldb, be, C, \
-                        ldc);                                                                                          \
-    }                                                                                                                  \
+// The CBLAS prototypes of one type.
+template <class T> struct cfn;
+#define L3F_CFN_ALL(t)                            \
+  using trsm = decltype(&cblas_##t##trsm);        \
+  using symm = decltype(&cblas_##t##symm);        \
+  using syrk = decltype(&cblas_##t##syrk);        \
+  using syr2k = decltype(&cblas_##t##syr2k);      \
+  using gemmt = decltype(&cblas_##t##gemmt);      \
+  using gemm = decltype(&cblas_##t##gemm);        \
+  using batch = decltype(&cblas_##t##gemm_batch); \
+  using strided = decltype(&cblas_##t##gemm_batch_strided);
+#define L3F_CFN_REAL(t, T, R) \
+  template <> struct cfn<T> { L3F_CFN_ALL(t) };
+#define L3F_CFN_CPLX(t, T, R)                  \
+  template <> struct cfn<T> {                  \
+    L3F_CFN_ALL(t)                             \
+    using herk = decltype(&cblas_##t##herk);   \
+    using her2k = decltype(&cblas_##t##her2k); \
   };
-ZAR_L3_REAL(L3F_CB_REAL)
-ZAR_L3_CPLX(L3F_CB_CPLX)
-#undef L3F_CB_ALL
-#undef L3F_CB_REAL
-#undef L3F_CB_CPLX
+ZAR_L3_REAL(L3F_CFN_REAL)
+ZAR_L3_CPLX(L3F_CFN_CPLX)
+#undef L3F_CFN_ALL
+#undef L3F_CFN_REAL
+#undef L3F_CFN_CPLX
+
+// Our CBLAS routine cblas_<letter><op>, typed F.
+template <class F, class T> F cblas(const std::string& op) { return entry<F>("cblas_" + (letter<T>() + op)); }
+
+// A scalar as CBLAS takes it: real ones by value, complex ones by address.
+template <class S> auto sc(const S& s) {
+  if constexpr (zar::is_complex_v<S>) return static_cast<const void*>(&s);
+  else return s;
+}
+
+// Calls a CBLAS routine with each argument converted to its parameter type:
+// option values given as ints (illegal ones included), data as T*.
+template <class... P, class... A> void cblas_call(void (*f)(P...), A... a) { f(static_cast<P>(a)...); }
 
 // The kernel library's entry `name`, or null (the library as the core finds
 // it: in ZAR_KERNEL_PATH, else by the loader's search).

@@ -61,38 +61,41 @@ TYPED_TEST_SUITE(CblasChecks, types);
 TYPED_TEST(CblasChecks, TriangularSolveAndProduct) {
   using T = TypeParam;
   auto* t = this;
-  for (auto f : {cb<T>::trsm, cb<T>::trmm}) {
+  for (const char* op : {"trsm", "trmm"}) {
+    const auto f = cblas<typename cfn<T>::trsm, T>(op);
     auto call = [=](int l, int s, int u, int ta, int d, int M, int N, int lda, int ldb) {
-      return [=] { f(l, s, u, ta, d, M, N, &t->two, t->a.data(), lda, t->c.data(), ldb); };
+      return [=] { cblas_call(f, l, s, u, ta, d, M, N, sc(t->two), t->a.data(), lda, t->c.data(), ldb); };
     };
-    this->check(f == cb<T>::trsm ? "trsm" : "trmm",
-                {
-                    {1, 0, layout_msg, call(7, Lt, Up, Nt, NU, 2, 2, 2, 2)},
-                    {2, 0, side_msg, call(col, bad, Up, Nt, NU, 2, 2, 2, 2)},
-                    {3, 1, uplo_msg, call(row, Rt, bad, Tr, NU, 2, 2, 2, 2)},
-                    {4, 0, trans_msg, call(col, Lt, Lo, bad, UD, 2, 2, 2, 2)},
-                    {5, 1, diag_msg, call(row, Lt, Up, Ct, bad, 2, 2, 2, 2)},
-                    {6, 0, "", call(col, Lt, Up, Nt, NU, -1, 2, 2, 2)},
-                    {7, 0, "", call(col, Lt, Up, Nt, NU, 2, -1, 2, 2)},
-                    {10, 0, "", call(col, Lt, Up, Nt, NU, 3, 2, 2, 3)},  // A is M x M
-                    {10, 0, "", call(col, Rt, Up, Nt, NU, 3, 2, 1, 3)},  // A is N x N
-                    {12, 0, "", call(col, Lt, Up, Nt, NU, 3, 2, 3, 2)},  // B is M x N
-                    {7, 1, "", call(row, Lt, Up, Nt, NU, -1, 2, 2, 2)},
-                    {6, 1, "", call(row, Lt, Up, Nt, NU, 2, -1, 2, 2)},
-                    {10, 1, "", call(row, Lt, Up, Nt, NU, 3, 2, 2, 3)},
-                    {12, 1, "", call(row, Rt, Lo, Tr, UD, 2, 3, 3, 2)},  // row-major B: ldb >= N
-                });
+    this->check(op, {
+                        {1, 0, layout_msg, call(7, Lt, Up, Nt, NU, 2, 2, 2, 2)},
+                        {2, 0, side_msg, call(col, bad, Up, Nt, NU, 2, 2, 2, 2)},
+                        {3, 1, uplo_msg, call(row, Rt, bad, Tr, NU, 2, 2, 2, 2)},
+                        {4, 0, trans_msg, call(col, Lt, Lo, bad, UD, 2, 2, 2, 2)},
+                        {5, 1, diag_msg, call(row, Lt, Up, Ct, bad, 2, 2, 2, 2)},
+                        {6, 0, "", call(col, Lt, Up, Nt, NU, -1, 2, 2, 2)},
+                        {7, 0, "", call(col, Lt, Up, Nt, NU, 2, -1, 2, 2)},
+                        {10, 0, "", call(col, Lt, Up, Nt, NU, 3, 2, 2, 3)},  // A is M x M
+                        {10, 0, "", call(col, Rt, Up, Nt, NU, 3, 2, 1, 3)},  // A is N x N
+                        {12, 0, "", call(col, Lt, Up, Nt, NU, 3, 2, 3, 2)},  // B is M x N
+                        {7, 1, "", call(row, Lt, Up, Nt, NU, -1, 2, 2, 2)},
+                        {6, 1, "", call(row, Lt, Up, Nt, NU, 2, -1, 2, 2)},
+                        {10, 1, "", call(row, Lt, Up, Nt, NU, 3, 2, 2, 3)},
+                        {12, 1, "", call(row, Rt, Lo, Tr, UD, 2, 3, 3, 2)},  // row-major B: ldb >= N
+                    });
   }
 }
 
 TYPED_TEST(CblasChecks, SymmetricAndHermitianProducts) {
   using T = TypeParam;
   auto* t = this;
-  std::vector<std::pair<std::string, decltype(&cb<T>::symm)>> ops{{"symm", &cb<T>::symm}};
-  if constexpr (zar::is_complex_v<T>) ops.push_back({"hemm", &cb<T>::hemm});
-  for (auto [op, f] : ops) {
+  std::vector<std::string> ops{"symm"};
+  if constexpr (zar::is_complex_v<T>) ops.push_back("hemm");
+  for (const auto& op : ops) {
+    const auto f = cblas<typename cfn<T>::symm, T>(op);
     auto call = [=](int l, int s, int u, int M, int N, int lda, int ldb, int ldc) {
-      return [=] { f(l, s, u, M, N, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc); };
+      return [=] {
+        cblas_call(f, l, s, u, M, N, sc(t->two), t->a.data(), lda, t->b.data(), ldb, sc(t->one), t->c.data(), ldc);
+      };
     };
     this->check(op, {
                         {1, 0, layout_msg, call(-1, Lt, Up, 2, 2, 2, 2, 2)},
@@ -111,6 +114,16 @@ TYPED_TEST(CblasChecks, SymmetricAndHermitianProducts) {
   }
 }
 
+// the CBLAS prototypes of the rank updates
+template <class T, bool Herm> struct rank_fns {
+  using one = typename cfn<T>::syrk;
+  using two = typename cfn<T>::syr2k;
+};
+template <class T> struct rank_fns<T, true> {
+  using one = typename cfn<T>::herk;
+  using two = typename cfn<T>::her2k;
+};
+
 // syrk, syr2k (herk, her2k): the transposes each layout accepts, the
 // reference's position 3 for an illegal uplo in row-major, the dimensions.
 template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
@@ -121,17 +134,14 @@ template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
   // complex syrk, T for herk); row-major reads either transpose as one.
   const int refused = herm ? Tr : Ct;
   const bool col_refuses = cx;
+  using fns = rank_fns<T, !std::is_same_v<T, S>>;
+  const auto f1 = cblas<typename fns::one, T>(herm ? "herk" : "syrk");
+  const auto f2 = cblas<typename fns::two, T>(herm ? "her2k" : "syr2k");
   for (bool two : {false, true}) {
     auto call = [&, two](int l, int u, int tr, int N, int K, int lda, int ldb, int ldc) {
       return [=, &t] {
-        if (two) {
-          if constexpr (std::is_same_v<S, T>)
-            cb<T>::syr2k(l, u, tr, N, K, &ta, t.a.data(), lda, t.b.data(), ldb, &sb, t.c.data(), ldc);
-          else cb<T>::her2k(l, u, tr, N, K, &ta, t.a.data(), lda, t.b.data(), ldb, &sb, t.c.data(), ldc);
-        } else {
-          if constexpr (std::is_same_v<S, T>) cb<T>::syrk(l, u, tr, N, K, &sa, t.a.data(), lda, &sb, t.c.data(), ldc);
-          else cb<T>::herk(l, u, tr, N, K, &sa, t.a.data(), lda, &sb, t.c.data(), ldc);
-        }
+        if (two) cblas_call(f2, l, u, tr, N, K, sc(ta), t.a.data(), lda, t.b.data(), ldb, sc(sb), t.c.data(), ldc);
+        else cblas_call(f1, l, u, tr, N, K, sc(sa), t.a.data(), lda, sc(sb), t.c.data(), ldc);
       };
     };
     const int ldc_pos = two ? 13 : 11;
@@ -169,7 +179,8 @@ TYPED_TEST(CblasChecks, GemmtAndGemm3m) {
   auto* t = this;
   auto call = [=](int l, int u, int ta, int tb, int N, int K, int lda, int ldb, int ldc) {
     return [=] {
-      cb<T>::gemmt(l, u, ta, tb, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc);
+      cblas_call(cblas<typename cfn<T>::gemmt, T>("gemmt"), l, u, ta, tb, N, K, sc(t->two), t->a.data(), lda,
+                 t->b.data(), ldb, sc(t->one), t->c.data(), ldc);
     };
   };
   this->check("gemmt", {
@@ -187,7 +198,8 @@ TYPED_TEST(CblasChecks, GemmtAndGemm3m) {
   if constexpr (zar::is_complex_v<T>) {
     auto g = [=](int l, int ta, int tb, int M, int N, int K, int lda, int ldb, int ldc) {
       return [=] {
-        cb<T>::gemm3m(l, ta, tb, M, N, K, &t->two, t->a.data(), lda, t->b.data(), ldb, &t->one, t->c.data(), ldc);
+        cblas_call(cblas<typename cfn<T>::gemm, T>("gemm3m"), l, ta, tb, M, N, K, sc(t->two), t->a.data(), lda,
+                   t->b.data(), ldb, sc(t->one), t->c.data(), ldc);
       };
     };
     this->check("gemm3m", {
@@ -206,10 +218,10 @@ TYPED_TEST(CblasChecks, GemmtAndGemm3m) {
 TYPED_TEST(CblasChecks, Batches) {
   using T = TypeParam;
   auto* t = this;
-  auto s = [=](int l, int ta, int M, int sa, int sc, int count) {
+  auto s = [=](int l, int ta, int M, int sa, int sc_, int count) {
     return [=] {
-      cb<T>::strided(l, ta, Nt, M, 2, 2, &t->two, t->a.data(), 2, sa, t->b.data(), 2, 4, &t->one, t->c.data(), 2, sc,
-                     count);
+      cblas_call(cblas<typename cfn<T>::strided, T>("gemm_batch_strided"), l, ta, Nt, M, 2, 2, sc(t->two), t->a.data(),
+                 2, sa, t->b.data(), 2, 4, sc(t->one), t->c.data(), 2, sc_, count);
     };
   };
   this->check("gemm_batch_strided", {
@@ -230,7 +242,12 @@ TYPED_TEST(CblasChecks, Batches) {
       const T* a[2] = {t->a.data(), t->a.data()};
       const T* b[2] = {t->b.data(), t->b.data()};
       T* c[2] = {t->c.data(), t->c.data() + 8};
-      cb<T>::batch(l, ta, tb, m, two, two, al, a, two, b, two, be, c, two, groups, size);
+      // option arrays as ints, data as void for complex types: converted by hand
+      using V = std::conditional_t<zar::is_complex_v<T>, void, T>;
+      cblas<typename cfn<T>::batch, T>("gemm_batch")(
+          CBLAS_LAYOUT(l), reinterpret_cast<const CBLAS_TRANSPOSE*>(ta), reinterpret_cast<const CBLAS_TRANSPOSE*>(tb),
+          m, two, two, al, reinterpret_cast<const V**>(a), two, reinterpret_cast<const V**>(b), two, be,
+          reinterpret_cast<V**>(c), two, groups, size);
     };
   };
   this->check("gemm_batch", {

@@ -85,3 +85,28 @@ ZAR_L3_ALL(ZAR_L3_DECLARE_ALL)
 ZAR_L3_CPLX(ZAR_L3_DECLARE_CPLX)
 }
 #pragma GCC visibility pop
+
+// The core's dispatching Level-3 front ends (imports of the kernel library):
+// the drivers' arguments by address, no argument checks, threaded when the
+// problem is large. Kernels may call them back.
+#define ZAR_L3_FRONT_ALL(t, T, R)                                        \
+  void zar_blas_##t##trsm(ZAR_L3_TRSM_ARGS(T));                          \
+  void zar_blas_##t##trmm(ZAR_L3_TRSM_ARGS(T));                          \
+  void zar_blas_##t##symm(ZAR_L3_SYMM_ARGS(T));                          \
+  void zar_blas_##t##syrk(ZAR_L3_SYRK_ARGS(T, T));                       \
+  void zar_blas_##t##syr2k(ZAR_L3_SYR2K_ARGS(T, T));                     \
+  void zar_blas_##t##gemmt(ZAR_L3_GEMMT_ARGS(T));                        \
+  void zar_blas_##t##gemm_batch(ZAR_L3_GEMM_BATCH_ARGS(T));              \
+  void zar_blas_##t##gemm_batch_strided(ZAR_L3_GEMM_STRIDED_ARGS(T));
+#define ZAR_L3_FRONT_CPLX(t, T, R)                                       \
+  void zar_blas_##t##hemm(ZAR_L3_SYMM_ARGS(T));                          \
+  void zar_blas_##t##herk(ZAR_L3_SYRK_ARGS(T, R));                       \
+  void zar_blas_##t##her2k(ZAR_L3_SYR2K_ARGS(T, R));                     \
+  void zar_blas_##t##gemm3m(ZAR_L3_GEMM_ARGS(T));
+
+#pragma GCC visibility push(default)
+extern "C" {
+ZAR_L3_ALL(ZAR_L3_FRONT_ALL)
+ZAR_L3_CPLX(ZAR_L3_FRONT_CPLX)
+}
+#pragma GCC visibility pop
