@@ -26,8 +26,6 @@ for want in "$lib/libblas.so.3" "$lapack/liblapack.so.3"; do
     echo "FAIL: $program did not resolve $(basename "$want") to $want"; echo "$resolved"; exit 1
   fi
 done
-# The eigenvalue programs keep their work arrays on the stack.
-ulimit -s unlimited 2>/dev/null || ulimit -s 65536 2>/dev/null
 start=$(date +%s)
 timeout 3000 env LD_PRELOAD="$runtime" LD_LIBRARY_PATH="$path" ZAR_KERNEL_PATH="${ZAR_KERNEL_PATH:-$lib}" "$program" < "$input" > report.txt 2>&1
 rc=$?

@@ -3,9 +3,11 @@
 # it twice (pkg-config, the CMake package) and runs both builds, with nothing
 # pointing into the build tree: the installed core must find the installed
 # kernel library next to itself.
-# Usage: install_client.sh <build dir> <source dir> <libdir relative to prefix>
+# Usage: install_client.sh <build dir> <source dir> <libdir relative to prefix> [<runtime>]
+# <runtime>: a library to load first (the sanitizer runtime of a sanitized build).
 set -eu
-build=$1 src=$2 libdir=$3
+build=$1 src=$2 libdir=$3 runtime=${4:-}
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -28,7 +30,7 @@ run() {
   if [ -z "$resolved" ] || [ "$(readlink -f "$resolved")" != "$(readlink -f "$prefix/$libdir/libzar_core.so.2")" ]; then
     echo "FAIL: $program does not load the installed libzar_core.so.2"; exit 1
   fi
-  "$program"
+  LD_PRELOAD="$runtime" "$program"
 }
 
 echo "== pkg-config"
