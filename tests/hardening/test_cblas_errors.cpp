@@ -147,16 +147,16 @@ const std::vector<routine> routines = {
    {{4, -1}, {5, -1}, {8, 1}, {10, 1}, {13, 1}}},
   {"cblas_dsyrk", {0, 0, U_, N_, 2, 3, 0, 0, 4, 0, 0, 4},
    [](void* f, const args& v) { FN(int, int, int, int, int, double, const double*, int, double, double*, int)(v[1], v[2], v[3], v[4], v[5], 1.0, A, v[8], 1.0, C, v[11]); },
-   {{4, -1}, {5, -1}, {8, 1}, {11, 1}}},
+   {{2, 0}, {3, 0}, {4, -1}, {5, -1}, {8, 1}, {11, 1}}},
   {"cblas_zherk", {0, 0, U_, N_, 2, 3, 0, 0, 4, 0, 0, 4},
    [](void* f, const args& v) { FN(int, int, int, int, int, double, const void*, int, double, void*, int)(v[1], v[2], v[3], v[4], v[5], 1.0, A, v[8], 1.0, C, v[11]); },
-   {{4, -1}, {5, -1}, {8, 1}, {11, 1}}},
+   {{2, 0}, {3, 0}, {4, -1}, {5, -1}, {8, 1}, {11, 1}}},
   {"cblas_dsyr2k", {0, 0, U_, N_, 2, 3, 0, 0, 4, 0, 4, 0, 0, 4},
    [](void* f, const args& v) { FN(int, int, int, int, int, double, const double*, int, const double*, int, double, double*, int)(v[1], v[2], v[3], v[4], v[5], 1.0, A, v[8], X, v[10], 1.0, C, v[13]); },
-   {{4, -1}, {5, -1}, {8, 1}, {10, 1}, {13, 1}}},
+   {{2, 0}, {3, 0}, {4, -1}, {5, -1}, {8, 1}, {10, 1}, {13, 1}}},
   {"cblas_zher2k", {0, 0, U_, N_, 2, 3, 0, 0, 4, 0, 4, 0, 0, 4},
    [](void* f, const args& v) { FN(int, int, int, int, int, const void*, const void*, int, const void*, int, double, void*, int)(v[1], v[2], v[3], v[4], v[5], cone, A, v[8], X, v[10], 1.0, C, v[13]); },
-   {{4, -1}, {5, -1}, {8, 1}, {10, 1}, {13, 1}}},
+   {{2, 0}, {3, 0}, {4, -1}, {5, -1}, {8, 1}, {10, 1}, {13, 1}}},
   {"cblas_dtrmm", {0, 0, L_, U_, N_, D_, 2, 3, 0, 0, 4, 0, 4},
    [](void* f, const args& v) { FN(int, int, int, int, int, int, int, double, const double*, int, double*, int)(v[1], v[2], v[3], v[4], v[5], v[6], v[7], 1.0, A, v[10], C, v[12]); },
    {{6, -1}, {7, -1}, {10, 1}, {12, 1}}},
@@ -188,6 +188,11 @@ const std::vector<known_defect> defects = {
     {"cblas_zgerc", kRow, 3, "Parameter 3 to routine cblas_zgeru  was incorrect\n"},
     {"cblas_zgerc", kRow, 6, "Parameter 6 to routine cblas_zgeru  was incorrect\n"},
     {"cblas_zgerc", kRow, 10, "Parameter 10 to routine cblas_zgeru  was incorrect\n"},
+    // row-major syrk, syr2k, herk (not her2k): a bad Uplo is reported at
+    // Trans's position
+    {"cblas_dsyrk", kRow, 2, "Parameter 3 to routine cblas_dsyrk was incorrect\nIllegal Uplo setting, 0\n"},
+    {"cblas_zherk", kRow, 2, "Parameter 3 to routine cblas_zherk was incorrect\nIllegal Uplo setting, 0\n"},
+    {"cblas_dsyr2k", kRow, 2, "Parameter 3 to routine cblas_dsyr2k was incorrect\nIllegal Uplo setting, 0\n"},
 };
 
 struct outcome {

@@ -4,7 +4,7 @@
 // the transposed problem, so M and N, lda and ldb trade places), with
 // RowMajorStrg telling the layout and CBLAS_CallFromC set during the call.
 // Here: the rank updates (which options each layout accepts, the reference's
-// row-major uplo position) and the extensions; the positions of the other
+// uplo position, the caller's in either layout) and the extensions; the positions of the other
 // reference routines are checked by the reference test programs' error exits
 // and compared with the reference CBLAS in tests/hardening.
 #include <functional>
@@ -71,7 +71,7 @@ template <class T> struct rank_fns<T, true> {
 };
 
 // syrk, syr2k (herk, her2k): the transposes each layout accepts, the
-// reference's position 3 for an illegal uplo in row-major, the dimensions.
+// caller's position 2 for an illegal uplo in both layouts, the dimensions.
 template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
   const bool cx = zar::is_complex_v<T>;
   const S sa = val<S>(1), sb = val<S>(0.5);
@@ -94,7 +94,7 @@ template <class T, class S> void rank_cases(CblasChecks<T>& t, bool herm) {
     std::vector<expected> cases{
         {1, 0, layout_msg, call(0, Up, Nt, 2, 2, 2, 2, 2)},
         {2, 0, uplo_msg, call(col, bad, Nt, 2, 2, 2, 2, 2)},
-        {3, 1, uplo_msg, call(row, bad, Nt, 2, 2, 2, 2, 2)},
+        {2, 1, uplo_msg, call(row, bad, Nt, 2, 2, 2, 2, 2)},  // the reference says 3
         {3, 0, trans_msg, call(col, Up, bad, 2, 2, 2, 2, 2)},
         {3, 1, trans_msg, call(row, Lo, bad, 2, 2, 2, 2, 2)},
         {col_refuses ? 3 : 4, 0, "", call(col, Up, refused, -1, 2, 2, 2, 2)},

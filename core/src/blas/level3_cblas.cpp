@@ -110,14 +110,16 @@ template <class T, bool Herm> void cblas_symm(char t, const char* op, int L, int
   });
 }
 
-// syrk/herk (B null) and syr2k/her2k. The reference reports an illegal uplo
-// of a row-major call at position 3 (2 in column-major); so do we.
+// syrk/herk (B null) and syr2k/her2k. An illegal uplo is the caller's
+// argument 2 in either layout (the reference CBLAS says 3 for a row-major
+// call, which names the wrong argument; see "Differences from the reference
+// BLAS" in the README).
 template <class T, class S> void cblas_rank(char t, const char* op, int L, int U, int TR, int N, int K, const T* alpha,
                                             const T* A, int lda, const T* B, int ldb, const S* beta, T* C, int ldc) {
   with_layout(t, op, L, [&](const call& c) {
     constexpr bool herm = herm_v<T, S>;
     char uplo, trans;
-    if (!(uplo = c.option(uplo_of(U, c.row), c.row ? 3 : 2, bad_uplo, U))) return;
+    if (!(uplo = c.option(uplo_of(U, c.row), 2, bad_uplo, U))) return;
     if (!(trans = c.option(rank_trans_of(TR, c.row, herm), 3, bad_trans, TR))) return;
     if (B) {
       const T al = herm && c.row ? conj_of(*alpha) : *alpha;
