@@ -1,8 +1,9 @@
-// The Level-3 routines computing: every option of every routine through the
-// Fortran interface and both CBLAS layouts against the reference BLAS (to a
-// rounding bound: the orders of summation differ), gemmt, gemm3m and the
-// batches against the reference gemm, and the threaded splits against one
-// thread, bit for bit.
+// The Level-3 routines computing through the front ends: gemmt, gemm3m and
+// the batches against the reference gemm (to a rounding bound: the orders of
+// summation differ), and the threaded splits against one thread, bit for
+// bit. The reference routines' every option, through the Fortran interface
+// and both CBLAS layouts, is checked numerically by the reference test
+// programs (tests/external), and on large shapes by the kernel suites.
 #include <cmath>
 #include <limits>
 
@@ -78,123 +79,8 @@ TYPED_TEST_SUITE(Numeric, types);
 
 const char* layouts[] = {"Fortran", "CBLAS column-major", "CBLAS row-major"};
 constexpr int cblas_layout(int l) { return l == 2 ? CblasRowMajor : CblasColMajor; }
-constexpr int side_e(char s) { return s == 'L' ? CblasLeft : CblasRight; }
 constexpr int uplo_e(char u) { return u == 'U' ? CblasUpper : CblasLower; }
 constexpr int trans_e(char t) { return t == 'N' ? CblasNoTrans : t == 'T' ? CblasTrans : CblasConjTrans; }
-constexpr int diag_e(char d) { return d == 'N' ? CblasNonUnit : CblasUnit; }
-
-TYPED_TEST(Numeric, TriangularSolveAndProduct) {
-  using T = TypeParam;
-  if (!this->need("trsm") || !this->need("trmm")) GTEST_SKIP() << "no Level-3 triangular kernels";
-  const int m = 13, n = 9;
-  for (const char* op : {"trsm", "trmm"}) {
-    const auto f = both<trsm_f<T>>(letter<T>() + std::string(op) + "_");
-    const auto cf = both<typename cfn<T>::trsm>("cblas_" + (letter<T>() + std::string(op)));
-    for (int l = 0; l < 3; ++l)
-      for (char s : {'L', 'R'})
-        for (char u : {'U', 'L'})
-          for (char t : {'N', 'T', 'C'})
-            for (char d : {'N', 'U'}) {
-              const std::string what = std::string(op) + " " + layouts[l] + " " + s + u + t + d;
-              this->agree(what, this->b, [&](bool mine, T* out) {
-                if (l == 0)
-                  (mine ? f.mine : f.theirs)(&s, &u, &t, &d, &m, &n, &this->alpha, this->a.data(), &ld, out, &ld);
-                else
-                  (mine ? cf.mine : cf.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_SIDE(side_e(s)),
-                                               CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(trans_e(t)),
-                                               CBLAS_DIAG(diag_e(d)), m, n, sc(this->alpha), this->a.data(), ld, out,
-                                               ld);
-              });
-            }
-  }
-}
-
-// symm (and hemm): every side and triangle, beta 0 over NaN included.
-template <class T, class F, class CF> void symm_cases(Numeric<T>& t, const char* op, F f, CF cf) {
-  const int m = 13, n = 9;
-  auto nan_c = t.c;
-  for (auto& x : nan_c) x = val<T>(std::nan(""), std::nan(""));
-  for (int l = 0; l < 3; ++l)
-    for (char s : {'L', 'R'})
-      for (char u : {'U', 'L'})
-        for (bool beta0 : {false, true}) {
-          const T& be = beta0 ? t.zero : t.beta;
-          t.agree(std::string(op) + " " + layouts[l] + " " + s + u + (beta0 ? " beta 0" : ""), beta0 ? nan_c : t.c,
-                  [&](bool mine, T* out) {
-                    if (l == 0)
-                      (mine ? f.mine : f.theirs)(&s, &u, &m, &n, &t.alpha, t.a.data(), &ld, t.b.data(), &ld, &be, out,
-                                                 &ld);
-                    else
-                      (mine ? cf.mine : cf.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_SIDE(side_e(s)),
-                                                   CBLAS_UPLO(uplo_e(u)), m, n, sc(t.alpha), t.a.data(), ld, t.b.data(),
-                                                   ld, sc(be), out, ld);
-                  });
-        }
-}
-
-TYPED_TEST(Numeric, SymmetricAndHermitianProducts) {
-  using T = TypeParam;
-  if (!this->need("symm")) GTEST_SKIP() << "no Level-3 symmetric kernels";
-  const std::string t(1, letter<T>());
-  symm_cases(*this, "symm", both<symm_f<T>>(t + "symm_"), both<typename cfn<T>::symm>("cblas_" + t + "symm"));
-  if constexpr (zar::is_complex_v<T>)
-    symm_cases(*this, "hemm", both<symm_f<T>>(t + "hemm_"), both<typename cfn<T>::symm>("cblas_" + t + "hemm"));
-}
-
-// syrk, syr2k (herk, her2k with S real): every triangle and transpose the
-// routine accepts, alpha 0 (C scaled over the triangle only) and beta 0 over
-// NaN included.
-template <class T, class S> void rank_cases(Numeric<T>& t, bool herm) {
-  const std::string ty(1, letter<T>());
-  const std::string op1 = herm ? "herk" : "syrk", op2 = herm ? "her2k" : "syr2k";
-  const auto f1 = both<syrk_f<T, S>>(ty + op1 + "_");
-  const auto f2 = both<syr2k_f<T, S>>(ty + op2 + "_");
-  using C1 = std::conditional_t<std::is_same_v<T, S>, typename cfn<T>::syrk, void (*)()>;
-  using C2 = std::conditional_t<std::is_same_v<T, S>, typename cfn<T>::syr2k, void (*)()>;
-  const auto c1 = [&] {
-    if constexpr (std::is_same_v<T, S>) return both<C1>("cblas_" + ty + op1);
-    else return both<typename cfn<T>::herk>("cblas_" + ty + op1);
-  }();
-  const auto c2 = [&] {
-    if constexpr (std::is_same_v<T, S>) return both<C2>("cblas_" + ty + op2);
-    else return both<typename cfn<T>::her2k>("cblas_" + ty + op2);
-  }();
-  const int n = 13, k = 9;
-  auto nan_c = t.c;
-  for (auto& x : nan_c) x = val<T>(std::nan(""), std::nan(""));
-  const S s_alpha = val<S>(0.75, -0.5), s_zero = val<S>(0), s_beta = val<S>(0.5, 0.25);
-  const std::string transes = herm ? "NC" : zar::is_complex_v<T> ? "NT" : "NTC";
-  for (int l = 0; l < 3; ++l)
-    for (char u : {'U', 'L'})
-      for (char tr : transes)
-        for (int variant = 0; variant < 3; ++variant) {  // plain, alpha 0, beta 0 over NaN
-          const S& al1 = variant == 1 ? s_zero : s_alpha;
-          const T& al2 = variant == 1 ? t.zero : t.alpha;
-          const S& be = variant == 2 ? s_zero : s_beta;
-          const auto& c0 = variant == 2 ? nan_c : t.c;
-          const std::string what = std::string(layouts[l]) + " " + u + tr + " variant " + std::to_string(variant);
-          const int ct = trans_e(tr);
-          t.agree(op1 + " " + what, c0, [&](bool mine, T* out) {
-            if (l == 0) return (mine ? f1.mine : f1.theirs)(&u, &tr, &n, &k, &al1, t.a.data(), &ld, &be, out, &ld);
-            (mine ? c1.mine : c1.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n,
-                                         k, sc(al1), t.a.data(), ld, sc(be), out, ld);
-          });
-          t.agree(op2 + " " + what, c0, [&](bool mine, T* out) {
-            if (l == 0)
-              return (mine ? f2.mine : f2.theirs)(&u, &tr, &n, &k, &al2, t.a.data(), &ld, t.b.data(), &ld, &be, out,
-                                                  &ld);
-            (mine ? c2.mine : c2.theirs)(CBLAS_LAYOUT(cblas_layout(l)), CBLAS_UPLO(uplo_e(u)), CBLAS_TRANSPOSE(ct), n,
-                                         k, sc(al2), t.a.data(), ld, t.b.data(), ld, sc(be), out, ld);
-          });
-        }
-}
-
-TYPED_TEST(Numeric, RankUpdates) {
-  using T = TypeParam;
-  if (!this->need("syrk") || !this->need("syr2k")) GTEST_SKIP() << "no Level-3 rank-update kernels";
-  rank_cases<T, T>(*this, false);
-  if constexpr (zar::is_complex_v<T>) rank_cases<T, real_t<T>>(*this, true);
-}
 
 // gemmt: the reference gemm's result on the chosen triangle, the other
 // triangle untouched.
