@@ -7,9 +7,13 @@
 // element the same way whichever path or block split computes it, a Level-3
 // result does not depend on how a driver or the core's threads cut it up.
 #pragma once
+#include <cstddef>
+#include <cstdint>
+
 #include "blas/gemm/gemm_impl.h"
 #include "zar/export.h"
 #include "zar/level3.h"
+#include "zar/services.h"
 #include "zar/types.h"
 
 namespace zar::l3 {
@@ -41,6 +45,24 @@ inline void gemm(const char* ta, const char* tb, int m, int n, int k, T alpha, c
   if (m < 1 || n < 1) return;
   engine_gemm(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
+
+// A work area from the core's allocator; get() is null when it failed.
+template <class T> class work {
+ public:
+  explicit work(long long count) {
+    if (count > 0 && count <= static_cast<long long>(SIZE_MAX / sizeof(T)))
+      p_ = static_cast<T*>(zar_serv_allocate(static_cast<std::size_t>(count) * sizeof(T), 64));
+  }
+  ~work() {
+    if (p_) zar_serv_deallocate(p_);
+  }
+  work(const work&) = delete;
+  work& operator=(const work&) = delete;
+  T* get() const { return p_; }
+
+ private:
+  T* p_ = nullptr;
+};
 
 // C(m x n) := beta C; beta exactly 0 stores zeros (NaN in C is cleared).
 template <class T> inline void scale(int m, int n, T beta, T* c, int ldc) {

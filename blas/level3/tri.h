@@ -395,7 +395,8 @@ void entry(const char* side, const char* uplo, const char* transa, const char* d
   using B = block<T>;
   static constexpr char name[] = {elem<T>::upper, 'T', 'R', O == op::solve ? 'S' : 'M', 'M', 0};
   const size_t elems = static_cast<size_t>(B::nb) * B::nb + (left ? static_cast<size_t>(B::cw) * B::nb : 0);
-  T* work = static_cast<T*>(zar_serv_allocate(elems * sizeof(T), 64));
+  const l3::work<T> area(static_cast<long long>(elems));
+  T* const work = area.get();
   if (!work) zar_serv_check_ptr_and_warn(work, name);
 
   auto go = [&]<bool L, bool U, tr M, bool D>() {
@@ -418,7 +419,6 @@ void entry(const char* side, const char* uplo, const char* transa, const char* d
       });
     });
   });
-  if (work) zar_serv_deallocate(work);
 }
 
 }  // namespace zar::l3::tri

@@ -24,24 +24,6 @@
 
 namespace zar::l3 {
 
-// A work area from the core's allocator; get() is null when it failed.
-template <class T> class work {
- public:
-  explicit work(long long count) {
-    if (count > 0 && count <= static_cast<long long>(SIZE_MAX / sizeof(T)))
-      p_ = static_cast<T*>(zar_serv_allocate(static_cast<std::size_t>(count) * sizeof(T), 64));
-  }
-  ~work() {
-    if (p_) zar_serv_deallocate(p_);
-  }
-  work(const work&) = delete;
-  work& operator=(const work&) = delete;
-  T* get() const { return p_; }
-
- private:
-  T* p_ = nullptr;
-};
-
 // Imaginary part := 0 (Hermitian diagonals); nothing for real types.
 template <class T> inline void real_part_only(T* x) {
   if constexpr (is_complex_v<T>) x->im = 0;

@@ -68,6 +68,12 @@ void parallel_fit(int nt, region_body body);
 // ---- errors (xerbla.cpp)
 // Reports an illegal argument of a Fortran-style routine through xerbla_.
 void report_illegal(const char* name, int position);
+// Reports the illegal argument at `position` of the BLAS routine named by
+// its type letter and the rest of its name ('d', "trsm"): through xerbla_
+// with the upper-case name blank-padded to six characters ("DTRSM "), or,
+// for CBLAS, through cblas_xerbla with "cblas_dtrsm" and the position plus
+// one (the layout argument comes first), as the reference CBLAS reports.
+void report_routine(char letter, const char* op, bool cblas, int position);
 
 }  // namespace zar::core
 

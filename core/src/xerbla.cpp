@@ -81,4 +81,18 @@ namespace zar::core {
 void report_illegal(const char* name, int position) {
   xerbla_(name, &position, static_cast<int>(std::strlen(name)));
 }
+
+void report_routine(char letter, const char* op, bool cblas, int position) {
+  char name[40];
+  if (cblas) {
+    std::snprintf(name, sizeof name, "cblas_%c%s", letter, op);
+    cblas_xerbla(position + 1, name, "");
+    return;
+  }
+  char low[32];
+  std::snprintf(low, sizeof low, "%c%s", letter, op);
+  std::snprintf(name, sizeof name, "%-6s", low);
+  for (char* c = name; *c; ++c) *c = static_cast<char>(*c >= 'a' && *c <= 'z' ? *c - 32 : *c);
+  report_illegal(name, position);
+}
 }  // namespace zar::core

@@ -10,7 +10,6 @@
 // x?gemm_par with the default schedule. The split only decides which thread
 // computes an element, never the order in which its sum is formed, so a
 // threaded result has the same bits as a one-thread one.
-#include <cstdio>
 
 #include "zar/gemm.h"
 #include "cblas.h"
@@ -140,10 +139,7 @@ void fortran(const char* ta, const char* tb, const int* m, const int* n, const i
              const int* lda, const T* b, const int* ldb, const T* beta, T* c, const int* ldc) {
   using namespace zar::gemm;
   if (const int info = check<T>(ta, tb, *m, *n, *k, *lda, *ldb, *ldc)) {
-    // The published routines name themselves in six characters ("DGEMM ").
-    char name[8];
-    std::snprintf(name, sizeof name, "%cGEMM ", elem<T>::upper);
-    report_illegal(name, info);
+    report_routine(elem<T>::letter, "gemm", false, info);
     return;
   }
   if (*m == 0 || *n == 0 || ((is_zero(*alpha) || *k == 0) && is_one(*beta))) return;

@@ -8,6 +8,7 @@
 // the call, or copied conjugated when they are read-only. The argument checks
 // then run on the mapped arguments, so cblas_xerbla receives the positions
 // the reference CBLAS reports (its row-major positions included).
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 

@@ -6,7 +6,6 @@
 #pragma once
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 
 #include "zar/level2.h"
@@ -62,26 +61,13 @@ ZAR_L2_CPLX(ZAR_L2_KERN_CPLX)
 // the scalar type of her/hpr (real for complex data)
 template <class T> using scal_t = std::conditional_t<zar::is_complex_v<T>, zar::real_t<T>, T>;
 
-// ---- reporting. Fortran: xerbla_ with the upper-case name and the
-// position. CBLAS: cblas_xerbla with "cblas_<name>" and the position plus
-// one (the layout argument comes first), as the reference CBLAS reports.
+// ---- reporting through xerbla_ or cblas_xerbla (report_routine, core.h)
 struct rep {
   char t;
   const char* op;
   bool cblas;
   bool bad(int pos) const {
-    char name[24];
-    if (cblas) {
-      std::snprintf(name, sizeof name, "cblas_%c%s", t, op);
-      cblas_xerbla(pos + 1, name, "");
-    } else {
-      // upper case, blank-padded to the six characters of a Fortran name
-      char low[8];
-      std::snprintf(low, sizeof low, "%c%s", t, op);
-      std::snprintf(name, sizeof name, "%-6s", low);
-      for (char* c = name; *c; ++c) *c = static_cast<char>(*c >= 'a' && *c <= 'z' ? *c - 32 : *c);
-      report_illegal(name, pos);
-    }
+    report_routine(t, op, cblas, pos);
     return false;
   }
 };

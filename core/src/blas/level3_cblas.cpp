@@ -14,6 +14,7 @@
 // position plus one. RowMajorStrg is 1 while a row-major call runs (an
 // application's cblas_xerbla reads it to translate positions back) and
 // CBLAS_CallFromC is 1 while any of these calls runs.
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 

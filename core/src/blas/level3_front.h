@@ -10,11 +10,11 @@
 // arguments, so their positions are those of the reference CBLAS.
 #pragma once
 #include <algorithm>
-#include <cstdio>
 #include <type_traits>
 
 #include "cblas.h"
 #include "core.h"
+#include "zar/gemm.h"
 #include "zar/level3.h"
 #include "zar/types.h"
 
@@ -57,18 +57,11 @@ ZAR_L3_CPLX(ZAR_L3_KERN_CPLX)
 // a Hermitian update is one whose S differs from T.
 template <class T, class S> inline constexpr bool herm_v = !std::is_same_v<T, S>;
 
-template <class S> inline bool is_zero(const S& a) {
-  if constexpr (std::is_arithmetic_v<S>) return a == S(0);
-  else return a.re == 0 && a.im == 0;
-}
-template <class S> inline bool is_one(const S& a) {
-  if constexpr (std::is_arithmetic_v<S>) return a == S(1);
-  else return a.re == 1 && a.im == 0;
-}
+// The quick-return tests of the scalars: the engine's (exactly 0, exactly 1).
+using zar::gemm::is_one;
+using zar::gemm::is_zero;
 
-// ---- reporting. Fortran: xerbla_ with the upper-case name, blank-padded to
-// six characters, and the position. CBLAS: cblas_xerbla with "cblas_<name>"
-// and the position plus one (the layout argument comes first).
+// ---- reporting through xerbla_ or cblas_xerbla (report_routine, core.h)
 struct rep {
   char t;          // type letter
   const char* op;  // routine name without the letter
@@ -76,17 +69,7 @@ struct rep {
   // Reports position pos when it is not 0; true when every argument was legal.
   bool ok(int pos) const {
     if (pos == 0) return true;
-    char name[40];
-    if (cblas) {
-      std::snprintf(name, sizeof name, "cblas_%c%s", t, op);
-      cblas_xerbla(pos + 1, name, "");
-    } else {
-      char low[32];
-      std::snprintf(low, sizeof low, "%c%s", t, op);
-      std::snprintf(name, sizeof name, "%-6s", low);
-      for (char* c = name; *c; ++c) *c = static_cast<char>(*c >= 'a' && *c <= 'z' ? *c - 32 : *c);
-      report_illegal(name, pos);
-    }
+    report_routine(t, op, cblas, pos);
     return false;
   }
 };
