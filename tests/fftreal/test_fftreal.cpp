@@ -236,13 +236,14 @@ TEST(RealFft, LongerPowersOfTwo) {
 
 // Batches with strides and distances; the gaps between elements stay as
 // they were.
-template <class T> void check_batch(long n, real_layout l, long is, long os, long count) {
+template <class T> void check_batch(long n, real_layout l, long is, long os, long pad, long count) {
   SCOPED_TRACE("n = " + std::to_string(n) + " " + name(l) + " is " + std::to_string(is) + " os " +
-               std::to_string(os));
+               std::to_string(os) + " pad " + std::to_string(pad));
   real_p<T> rp(n);
   const long unit = l == real_layout::ccs ? 2 : 1;         // reals per output stride unit
   const long span_out = (l == real_layout::ccs ? n / 2 + 1 : n) * os;  // in stride units
-  const long idist = n * is + 3, odist = span_out + 1;   // in their units
+  // Even real distances reach the batched paths, odd ones the single ones.
+  const long idist = n * is + pad, odist = span_out + 1;  // in their units
   std::vector<real_case> cs;
   std::vector<T> x(idist * count, T(9)), y(odist * unit * count, T(9)), back(idist * count, T(9));
   for (long t = 0; t < count; ++t) {
@@ -285,10 +286,11 @@ TEST(RealFft, StridedBatches) {
   for (real_layout l : layouts)
     for (long n : {1L, 2L, 6L, 7L, 16L, 33L, 100L})
       for (long is : {1L, 3L})
-        for (long os : {1L, 2L}) {
-          check_batch<double>(n, l, is, os, 5);
-          check_batch<float>(n, l, is, os, 3);
-        }
+        for (long os : {1L, 2L})
+          for (long pad : {3L, 4L}) {
+            check_batch<double>(n, l, is, os, pad, 5);
+            check_batch<float>(n, l, is, os, pad, 3);
+          }
 }
 
 // Contiguous batches in place: CCS in its padded layout, PACK and PERM in n reals.
