@@ -15,6 +15,15 @@
 #pragma once
 #include "dft/engine/complex_simd.h"
 
+// The legs of a butterfly are loops over a compile-time count, unrolled so
+// that the legs stay in registers.
+#define ZAR_UNROLL _Pragma("GCC unroll 16")
+
+// The generic odd radix keeps its legs in arrays sized for the largest
+// radix; only the first r are used, which the compiler cannot see.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
 namespace zar::fft::detail {
 
 // One pass. tw: twiddles w_{rm}^{jp} for j = 1..r-1, p = 0..m-1 at
@@ -56,6 +65,7 @@ template <class V, int Sign> struct bfly {
   static void r8(R* a) {
     const R h = V::set1(T(0.70710678118654752440084436210484904L));
     R e[4], o[4];
+    ZAR_UNROLL
     for (int k = 0; k < 4; ++k) {
       e[k] = V::add(a[k], a[k + 4]);
       o[k] = V::sub(a[k], a[k + 4]);
@@ -66,6 +76,7 @@ template <class V, int Sign> struct bfly {
     o[3] = V::mul(V::sub(o3i, o[3]), h);
     r4(e);
     r4(o);
+    ZAR_UNROLL
     for (int j = 0; j < 4; ++j) {
       a[2 * j] = e[j];
       a[2 * j + 1] = o[j];
@@ -81,15 +92,18 @@ template <class V, int Sign> struct bfly {
     const int h = (r - 1) / 2;
     R s[cap], d[cap];
     R b0 = a[0];
+    ZAR_UNROLL
     for (int k = 0; k < h; ++k) {
       s[k] = V::add(a[k + 1], a[r - 1 - k]);
       d[k] = V::sub(a[k + 1], a[r - 1 - k]);
       b0 = V::add(b0, s[k]);
     }
     const R a0 = a[0];
+    ZAR_UNROLL
     for (int j = 1; j <= h; ++j) {
       R re = a0, im = V::zero();
       int idx = 0;
+      ZAR_UNROLL
       for (int k = 0; k < h; ++k) {
         idx += j;
         if (idx >= r) idx -= r;
@@ -117,31 +131,43 @@ template <class V, int Sign> struct bfly {
 };
 
 // ---------------------------------------------------------------- passes
-// Lanes over q (s a multiple of L).
-template <class V, int R_, int Sign>
-void pass_q(const pass<typename V::T>& g, long s, const typename V::T* src, typename V::T* dst) {
-  using T = typename V::T;
+// Lanes over q (s a multiple of L). The r-1 twiddles of a p are broadcast
+// once into a small table on the stack, read at fixed offsets by the q loop.
+template <class V, int R_, int Sign, bool Twiddled>
+inline void pass_q_row(int r, long s, long m, const typename V::T* in, typename V::T* out, const typename V::R* wr,
+                       const typename V::R* wi, const typename V::T* rc) {
   using R = typename V::R;
   using C = simd::cops<V, Sign>;
   using B = bfly<V, Sign>;
+  constexpr int cap = R_ ? R_ : max_generic_radix;
+  const long is = 2 * s * m, os = 2 * s;
+  for (long q = 0; q < s; q += V::L) {
+    R a[cap];
+    ZAR_UNROLL
+    for (int k = 0; k < r; ++k) a[k] = V::load(in + 2 * q + is * k);
+    B::template run<R_>(a, r, rc);
+    V::store(out + 2 * q, a[0]);
+    ZAR_UNROLL
+    for (int j = 1; j < r; ++j)
+      V::store(out + 2 * q + os * j, Twiddled ? C::twiddle(a[j], wr[j - 1], wi[j - 1]) : a[j]);
+  }
+}
+
+template <class V, int R_, int Sign>
+void pass_q(const pass<typename V::T>& g, long s, const typename V::T* src, typename V::T* dst) {
+  using R = typename V::R;
   const int r = R_ ? R_ : g.r;
   const long m = g.m;
   constexpr int cap = R_ ? R_ : max_generic_radix;
-  for (long p = 0; p < m; ++p) {
-    const T* in = src + 2 * s * p;
-    T* out = dst + 2 * s * r * p;
-    const T* tw = g.tw + 2 * p;
-    for (long q = 0; q < s; q += V::L) {
-      R a[cap];
-      for (int k = 0; k < r; ++k) a[k] = V::load(in + 2 * (q + s * m * k));
-      B::template run<R_>(a, r, g.rc);
-      V::store(out + 2 * q, a[0]);
-      if (p == 0) {
-        for (int j = 1; j < r; ++j) V::store(out + 2 * (q + s * j), a[j]);
-      } else {
-        for (int j = 1; j < r; ++j) V::store(out + 2 * (q + s * j), C::twiddle_b(a[j], tw + 2 * (j - 1) * m));
-      }
+  R wr[cap - 1], wi[cap - 1];
+  pass_q_row<V, R_, Sign, false>(r, s, m, src, dst, wr, wi, g.rc);
+  for (long p = 1; p < m; ++p) {
+    ZAR_UNROLL
+    for (int j = 1; j < r; ++j) {
+      wr[j - 1] = V::bcast(g.tw + 2 * ((j - 1) * m + p));
+      wi[j - 1] = V::bcast(g.tw + 2 * ((j - 1) * m + p) + 1);
     }
+    pass_q_row<V, R_, Sign, true>(r, s, m, src + 2 * s * p, dst + 2 * s * r * p, wr, wi, g.rc);
   }
 }
 
@@ -157,10 +183,18 @@ void pass_p(const pass<typename V::T>& g, const typename V::T* src, typename V::
   constexpr int cap = R_ ? R_ : max_generic_radix;
   for (long p = 0; p < m; p += V::L) {
     R a[cap];
+    ZAR_UNROLL
     for (int k = 0; k < r; ++k) a[k] = V::load(src + 2 * (p + m * k));
     B::template run<R_>(a, r, g.rc);
     T* out = dst + 2 * r * p;
+    if constexpr (R_ == 4 && V::L > 1) {
+      // the outputs of the L butterflies are L consecutive rows of four
+      V::store4_rows(out, a[0], C::twiddle_l(a[1], g.tw + 2 * p), C::twiddle_l(a[2], g.tw + 2 * (m + p)),
+                     C::twiddle_l(a[3], g.tw + 2 * (2 * m + p)));
+      continue;
+    }
     V::scatter(out, 2 * r, a[0]);
+    ZAR_UNROLL
     for (int j = 1; j < r; ++j) V::scatter(out + 2 * j, 2 * r, C::twiddle_l(a[j], g.tw + 2 * ((j - 1) * m + p)));
   }
 }
@@ -234,3 +268,5 @@ void chain(const pass<T>* g, int np, long s0, const T* src, T* dst, T* tmp) {
 }
 
 }  // namespace zar::fft::detail
+
+#pragma GCC diagnostic pop
