@@ -241,103 +241,55 @@ TEST(Front, VerboseLine) {
   std::vector<double> x(4096, 0.0);
   struct line_case {
     const char* what;
-    std::function<zar_dft_descriptor*()> make;
+    int precision, domain;
+    long rank, lens[3];
+    std::vector<std::pair<int, long>> settings;
+    std::vector<long> strides;  // input strides, and output strides too when both is set
+    bool both;
+    double fscale, bscale;
+    int flags;
     const char* pattern;
   };
-  auto create = [](int prec, int dom, long n) {
-    zar_dft_descriptor* d = nullptr;
-    zar_dft_create(&d, prec, dom, 1L, n);
-    return d;
-  };
+  const int D = ZAR_DFT_DOUBLE, S = ZAR_DFT_SINGLE, C = ZAR_DFT_COMPLEX, R = ZAR_DFT_REAL;
   const line_case cases[] = {
-      {"default", [&] { return create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 1024); }, R"(FFT\(dci1024,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"scale exactly 1",
-       [&] {
-         auto d = create(ZAR_DFT_SINGLE, ZAR_DFT_COMPLEX, 8);
-         zar_dft_set(d, ZAR_DFT_FORWARD_SCALE, 1.0);
-         return d;
-       },
-       R"(FFT\(sci8,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"scale 1.0000001",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 8);
-         zar_dft_set(d, ZAR_DFT_FORWARD_SCALE, 1.0000001);
-         zar_dft_set(d, ZAR_DFT_BACKWARD_SCALE, 0.5);
-         return d;
-       },
+      {"default", D, C, 1, {1024}, {}, {}, false, 1, 1, 0, R"(FFT\(dci1024,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"scale exactly 1", S, C, 1, {8}, {}, {}, false, 1.0, 1, 0, R"(FFT\(sci8,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"scale 1.0000001", D, C, 1, {8}, {}, {}, false, 1.0000001, 0.5, 0,
        R"(FFT\(dci8,fScale=1,bScale=0\.5,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"split, out of place",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 8);
-         zar_dft_set(d, ZAR_DFT_COMPLEX_STORAGE, 42L);
-         zar_dft_set(d, ZAR_DFT_PLACEMENT, 44L);
-         return d;
-       },
+      {"split, out of place", D, C, 1, {8}, {{ZAR_DFT_COMPLEX_STORAGE, 42}, {ZAR_DFT_PLACEMENT, 44}}, {}, false, 1, 1, 0,
        R"(FFT\(dco/8,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"interleaved batch",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 16);
-         const long s[2] = {0, 4};
-         zar_dft_set(d, ZAR_DFT_INPUT_STRIDES, s);
-         zar_dft_set(d, ZAR_DFT_OUTPUT_STRIDES, s);
-         zar_dft_set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, 4L);
-         zar_dft_set(d, ZAR_DFT_INPUT_DISTANCE, 1L);
-         zar_dft_set(d, ZAR_DFT_OUTPUT_DISTANCE, 1L);
-         zar_dft_set(d, ZAR_DFT_THREAD_LIMIT, 1L);
-         return d;
-       },
-       R"(FFT\(dci16:4:4v4,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"batch at distances",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 10);
-         zar_dft_set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, 3L);
-         zar_dft_set(d, ZAR_DFT_INPUT_DISTANCE, 12L);
-         zar_dft_set(d, ZAR_DFT_OUTPUT_DISTANCE, 12L);
-         zar_dft_set(d, ZAR_DFT_THREAD_LIMIT, 1L);
-         return d;
-       },
-       R"(FFT\(dci10\*3:12:12,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"batch contiguous",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 10);
-         zar_dft_set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, 3L);
-         zar_dft_set(d, ZAR_DFT_INPUT_DISTANCE, 10L);
-         zar_dft_set(d, ZAR_DFT_THREAD_LIMIT, 1L);
-         return d;
-       },
+      {"interleaved batch", D, C, 1, {16},
+       {{ZAR_DFT_NUMBER_OF_TRANSFORMS, 4}, {ZAR_DFT_INPUT_DISTANCE, 1}, {ZAR_DFT_OUTPUT_DISTANCE, 1},
+        {ZAR_DFT_THREAD_LIMIT, 1}},
+       {0, 4}, true, 1, 1, 0, R"(FFT\(dci16:4:4v4,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"batch at distances", D, C, 1, {10},
+       {{ZAR_DFT_NUMBER_OF_TRANSFORMS, 3}, {ZAR_DFT_INPUT_DISTANCE, 12}, {ZAR_DFT_OUTPUT_DISTANCE, 12},
+        {ZAR_DFT_THREAD_LIMIT, 1}},
+       {}, false, 1, 1, 0, R"(FFT\(dci10\*3:12:12,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"batch contiguous", D, C, 1, {10},
+       {{ZAR_DFT_NUMBER_OF_TRANSFORMS, 3}, {ZAR_DFT_INPUT_DISTANCE, 10}, {ZAR_DFT_THREAD_LIMIT, 1}}, {}, false, 1, 1, 0,
        R"(FFT\(dci10\*3,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"real perm, avoid workspace, destruct",
-       [&] {
-         auto d = create(ZAR_DFT_DOUBLE, ZAR_DFT_REAL, 16);
-         zar_dft_set(d, ZAR_DFT_CONJUGATE_EVEN_STORAGE, 40L);
-         zar_dft_set(d, ZAR_DFT_PACKED_FORMAT, 56L);
-         zar_dft_set(d, ZAR_DFT_WORKSPACE, 52L);
-         d->flags |= ZAR_DFTI_FLAG_DESTRUCT;
-         return d;
-       },
-       R"(FFT\(dri16,pack=perm,wSpace=avoid,destruct=allow,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"md out of place with strides",
-       [&] {
-         const long lens[2] = {4, 3};
-         zar_dft_descriptor* d = nullptr;
-         zar_dft_create(&d, ZAR_DFT_SINGLE, ZAR_DFT_COMPLEX, 2L, lens);
-         zar_dft_set(d, ZAR_DFT_PLACEMENT, 44L);
-         const long is[3] = {0, 4, 1};
-         zar_dft_set(d, ZAR_DFT_INPUT_STRIDES, is);
-         return d;
-       },
+      {"real perm, avoid workspace, destruct", D, R, 1, {16},
+       {{ZAR_DFT_CONJUGATE_EVEN_STORAGE, 40}, {ZAR_DFT_PACKED_FORMAT, 56}, {ZAR_DFT_WORKSPACE, 52}}, {}, false, 1, 1,
+       ZAR_DFTI_FLAG_DESTRUCT, R"(FFT\(dri16,pack=perm,wSpace=avoid,destruct=allow,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"md out of place with strides", S, C, 2, {4, 3}, {{ZAR_DFT_PLACEMENT, 44}}, {0, 4, 1}, false, 1, 1, 0,
        R"(FFT\(sco4:4:3x3:1:1,tLim=1,desc:0x[0-9a-f]+\))"},
-      {"md contiguous", [&] {
-         const long lens[3] = {2, 4, 3};
-         zar_dft_descriptor* d = nullptr;
-         zar_dft_create(&d, ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 3L, lens);
-         return d;
-       },
-       R"(FFT\(dci2x4x3,tLim=1,desc:0x[0-9a-f]+\))"},
+      {"md contiguous", D, C, 3, {2, 4, 3}, {}, {}, false, 1, 1, 0, R"(FFT\(dci2x4x3,tLim=1,desc:0x[0-9a-f]+\))"},
   };
   for (const line_case& c : cases) {
-    zar_dft_descriptor* d = c.make();
-    ASSERT_NE(d, nullptr) << c.what;
+    zar_dft_descriptor* d = nullptr;
+    ASSERT_EQ(c.rank == 1 ? zar_dft_create(&d, c.precision, c.domain, 1L, c.lens[0])
+                          : zar_dft_create(&d, c.precision, c.domain, c.rank, c.lens),
+              0)
+        << c.what;
+    for (const auto& [param, value] : c.settings) ASSERT_EQ(zar_dft_set(d, param, value), 0) << c.what;
+    if (!c.strides.empty()) {
+      ASSERT_EQ(zar_dft_set(d, ZAR_DFT_INPUT_STRIDES, c.strides.data()), 0);
+      if (c.both) ASSERT_EQ(zar_dft_set(d, ZAR_DFT_OUTPUT_STRIDES, c.strides.data()), 0);
+    }
+    ASSERT_EQ(zar_dft_set(d, ZAR_DFT_FORWARD_SCALE, c.fscale), 0);
+    ASSERT_EQ(zar_dft_set(d, ZAR_DFT_BACKWARD_SCALE, c.bscale), 0);
+    d->flags |= c.flags;
     ASSERT_EQ(zar_dft_commit(d), 0) << c.what;
     const std::string line = verbose_text(d, x.data());
     EXPECT_TRUE(std::regex_match(line, std::regex(c.pattern))) << c.what << ": " << line;
@@ -347,7 +299,8 @@ TEST(Front, VerboseLine) {
     zar_dft_free(&d);
   }
   // Nothing is printed with verbose mode off.
-  zar_dft_descriptor* d = create(ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 8);
+  zar_dft_descriptor* d = nullptr;
+  ASSERT_EQ(zar_dft_create(&d, ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 1L, 8L), 0);
   ASSERT_EQ(zar_dft_commit(d), 0);
   const int saved = zar_verbose(0);
   EXPECT_EQ(capture_stdout([&] { zar_dft_compute_forward(d, x.data()); }), "");
