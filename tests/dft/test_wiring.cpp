@@ -167,6 +167,47 @@ TEST(Wiring, RealOneDimensionalLayouts) {
       }
 }
 
+// A real batch at the default distances: the real side n reals apart (in
+// place 2(n/2+1), the padded span), the complex side n/2+1 pairs in CCS and
+// n reals in PACK and PERM (in place the padded span); each transform of the
+// batch equals the same transform done alone.
+TEST(Wiring, RealBatchDefaultDistances) {
+  const long n = 10, howmany = 3, padded = 2 * (n / 2 + 1);
+  for (long packed : {54L, 55L, 56L})
+    for (bool inplace : {true, false}) {
+      zar_dft_descriptor *batch = nullptr, *one = nullptr;
+      for (auto [dd, count] : {std::pair{&batch, howmany}, std::pair{&one, 1L}}) {
+        ASSERT_EQ(zar_dft_create(dd, ZAR_DFT_DOUBLE, ZAR_DFT_REAL, 1L, n), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_CONJUGATE_EVEN_STORAGE, 40L), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PACKED_FORMAT, packed), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_NUMBER_OF_TRANSFORMS, count), 0);
+        if (!inplace) ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PLACEMENT, 44L), 0);
+        ASSERT_EQ(zar_dft_commit(*dd), 0);
+      }
+      const long in_dist = inplace ? padded : n;
+      const long out_dist = packed == 54 || inplace ? padded : n;
+      std::vector<double> x(howmany * padded + 8, 0.0), y(howmany * padded + 8, 0.0);
+      for (long t = 0; t < howmany; ++t)
+        for (long j = 0; j < n; ++j) x[t * in_dist + j] = value(j, static_cast<int>(t));
+      const std::vector<double> x0 = x;
+      if (inplace) ASSERT_EQ(zar_dft_compute_forward(batch, x.data()), 0);
+      else ASSERT_EQ(zar_dft_compute_forward(batch, x.data(), y.data()), 0);
+      const std::vector<double>& out = inplace ? x : y;
+      for (long t = 0; t < howmany; ++t) {
+        std::vector<double> a(padded, 0.0), b(padded, 0.0);
+        for (long j = 0; j < n; ++j) a[j] = x0[t * in_dist + j];
+        if (inplace) ASSERT_EQ(zar_dft_compute_forward(one, a.data()), 0);
+        else ASSERT_EQ(zar_dft_compute_forward(one, a.data(), b.data()), 0);
+        const std::vector<double>& ref = inplace ? a : b;
+        const long len = packed == 54 ? padded : n;
+        for (long j = 0; j < len; ++j)
+          EXPECT_EQ(out[t * out_dist + j], ref[j]) << "packed " << packed << " inplace " << inplace << " t " << t;
+      }
+      zar_dft_free(&batch);
+      zar_dft_free(&one);
+    }
+}
+
 // Multi-dimensional complex: lengths row-major, the last fastest; strides
 // given explicitly for a padded layout, and a batch of two.
 template <class T> void complex_md(std::vector<long> lens) {
