@@ -285,7 +285,7 @@ TEST(Front, VerboseLine) {
     for (const auto& [param, value] : c.settings) ASSERT_EQ(zar_dft_set(d, param, value), 0) << c.what;
     if (!c.strides.empty()) {
       ASSERT_EQ(zar_dft_set(d, ZAR_DFT_INPUT_STRIDES, c.strides.data()), 0);
-      if (c.both) ASSERT_EQ(zar_dft_set(d, ZAR_DFT_OUTPUT_STRIDES, c.strides.data()), 0);
+      if (c.both) { ASSERT_EQ(zar_dft_set(d, ZAR_DFT_OUTPUT_STRIDES, c.strides.data()), 0); }
     }
     ASSERT_EQ(zar_dft_set(d, ZAR_DFT_FORWARD_SCALE, c.fscale), 0);
     ASSERT_EQ(zar_dft_set(d, ZAR_DFT_BACKWARD_SCALE, c.bscale), 0);
