@@ -4,8 +4,11 @@
 // and copy.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+
 #include <cstdlib>
 #include <functional>
+#include <string>
 
 #include "dft_test.h"
 #include "tests/hardening/child.h"
@@ -67,19 +70,39 @@ int arena_round_trip(long n, bool split) {
   return 0;
 }
 
+// The first descriptor of a process fixes its memory, so each of these
+// runs in a fresh process: this program started again with only the
+// scenario selected (a fork alone would inherit the parent's choice).
+int run_scenario(const std::string& s);
+
+zar_test::child_result fresh(const std::string& scenario) {
+  return zar_test::in_child(
+      [&] {
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, 1);
+        setenv("ZAR_DFT_SCENARIO", scenario.c_str(), 1);
+        execl("/proc/self/exe", "test_dft", "--gtest_filter=FreshProcess.Scenario", static_cast<char*>(nullptr));
+        return 127;
+      },
+      60);
+}
+
+TEST(FreshProcess, Scenario) {
+  const char* s = std::getenv("ZAR_DFT_SCENARIO");
+  if (!s) GTEST_SKIP() << "runs only in a process started by the memory tests";
+  std::fflush(nullptr);
+  _exit(run_scenario(s));
+}
+
 TEST(Memory, SizeQueryThenInitInExactArena) {
-  for (long n : {12L, 64L, 100L}) {
-    for (bool split : {false, true}) {
-      const auto r = zar_test::in_child([&] { return arena_round_trip(n, split); }, 60);
-      EXPECT_TRUE(r.exited && r.status == 0) << "n=" << n << " split=" << split << ": " << r.describe();
-    }
+  for (const char* c : {"arena 12 0", "arena 12 1", "arena 64 0", "arena 64 1", "arena 100 0", "arena 100 1"}) {
+    const auto r = fresh(c);
+    EXPECT_TRUE(r.exited && r.status == 0) << c << ": " << r.describe();
   }
 }
 
 // Multi-dimensional and real variants measure and build the same way.
-TEST(Memory, SizeQueryThenInitOtherVariants) {
-  const auto r = zar_test::in_child(
-      [] {
+int other_variants() {
         const long lens[2] = {6, 5};  // record order: 6 contiguous
         size_t s[3];
         CHILD_CHECK(zar_dft_avx_dfti_get_size_drmd(2, lens, 1.0, 1.0, 1, &s[0], &s[1], &s[2]) == 0, 30);
@@ -111,16 +134,16 @@ TEST(Memory, SizeQueryThenInitOtherVariants) {
         CHILD_CHECK(zar_dft_commit(d) == ZAR_DFT_EMEMORY, 41);
         std::free(arena);
         return 0;
-      },
-      60);
+}
+
+TEST(Memory, SizeQueryThenInitOtherVariants) {
+  const auto r = fresh("others");
   EXPECT_TRUE(r.exited && r.status == 0) << r.describe();
 }
 
 // A process whose first descriptor used core memory keeps core memory: a
 // later init leaves the caller's arena untouched and still works.
-TEST(Memory, FirstDescriptorFixesCoreMemory) {
-  const auto r = zar_test::in_child(
-      [] {
+int core_first() {
         zar_dft_descriptor* c = nullptr;
         CHILD_CHECK(zar_dft_create(&c, ZAR_DFT_DOUBLE, ZAR_DFT_COMPLEX, 1L, 8L) == 0, 40);
         std::vector<char> arena(1 << 16, '\x5a');
@@ -134,9 +157,20 @@ TEST(Memory, FirstDescriptorFixesCoreMemory) {
         CHILD_CHECK(zar_dft_compute_forward(d, x.data()) == 0 && x[0] == 8.0, 45);
         CHILD_CHECK(zar_dft_free(&d) == 0 && zar_dft_free(&c) == 0, 46);
         return 0;
-      },
-      60);
+}
+
+TEST(Memory, FirstDescriptorFixesCoreMemory) {
+  const auto r = fresh("core-first");
   EXPECT_TRUE(r.exited && r.status == 0) << r.describe();
+}
+
+int run_scenario(const std::string& s) {
+  long n = 0;
+  int split = 0;
+  if (std::sscanf(s.c_str(), "arena %ld %d", &n, &split) == 2) return arena_round_trip(n, split != 0);
+  if (s == "others") return other_variants();
+  if (s == "core-first") return core_first();
+  return 99;
 }
 
 // Allocation failure at every allocation of create, settings, commit and

@@ -213,7 +213,7 @@ TEST(Record, PackInverseIsPermInverse) {
         ASSERT_EQ(zar_dft_create(dd, ZAR_DFT_DOUBLE, ZAR_DFT_REAL, 1L, n), 0);
         ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_CONJUGATE_EVEN_STORAGE, 40L), 0);
         ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PACKED_FORMAT, fmt), 0);
-        if (!inplace) ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PLACEMENT, 44L), 0);
+        if (!inplace) { ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PLACEMENT, 44L), 0); }
         ASSERT_EQ(zar_dft_commit(*dd), 0);
       }
       std::vector<double> p(n), q(n), out_p(n, 1.5), out_q(n, -1.5);

@@ -20,13 +20,13 @@ template <class T> void complex_1d(long n, bool inplace, long howmany) {
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_FORWARD_SCALE, 0.5), 0);
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_BACKWARD_SCALE, 1.0 / n), 0);
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, howmany), 0);
-  if (!inplace) ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0);
+  if (!inplace) { ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0); }
   ASSERT_EQ(zar_dft_commit(d), ZAR_DFT_OK);
   std::vector<T> x(2 * n * howmany), y(2 * n * howmany, T(-7));
   for (size_t i = 0; i < x.size(); ++i) x[i] = static_cast<T>(value(static_cast<long>(i)));
   const std::vector<T> x0 = x;
-  if (inplace) ASSERT_EQ(zar_dft_compute_forward(d, x.data()), 0);
-  else ASSERT_EQ(zar_dft_compute_forward(d, x.data(), y.data()), 0);
+  if (inplace) { ASSERT_EQ(zar_dft_compute_forward(d, x.data()), 0); }
+  else { ASSERT_EQ(zar_dft_compute_forward(d, x.data(), y.data()), 0); }
   const std::vector<T>& out = inplace ? x : y;
   for (long t = 0; t < howmany; ++t) {
     std::vector<cld> in(n);
@@ -65,7 +65,7 @@ template <class T> void split_1d(long n, bool inplace) {
   zar_dft_descriptor* d = nullptr;
   ASSERT_EQ(zar_dft_create(&d, prec, ZAR_DFT_COMPLEX, 1, n), 0);
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_COMPLEX_STORAGE, (long)ZAR_DFT_REAL_REAL), 0);
-  if (!inplace) ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0);
+  if (!inplace) { ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0); }
   ASSERT_EQ(zar_dft_commit(d), 0);
   std::vector<T> re(n), im(n), ore(n, T(9)), oim(n, T(9));
   std::vector<cld> in(n);
@@ -74,8 +74,8 @@ template <class T> void split_1d(long n, bool inplace) {
     im[j] = static_cast<T>(value(j, 2));
     in[j] = cld(re[j], im[j]);
   }
-  if (inplace) ASSERT_EQ(zar_dft_compute_backward(d, re.data(), im.data()), 0);
-  else ASSERT_EQ(zar_dft_compute_backward(d, re.data(), im.data(), ore.data(), oim.data()), 0);
+  if (inplace) { ASSERT_EQ(zar_dft_compute_backward(d, re.data(), im.data()), 0); }
+  else { ASSERT_EQ(zar_dft_compute_backward(d, re.data(), im.data(), ore.data(), oim.data()), 0); }
   const auto ref = direct(in, +1);
   for (long k = 0; k < n; ++k) {
     EXPECT_NEAR(inplace ? re[k] : ore[k], (double)ref[k].real(), tol<T>() * n) << n << " " << k;
@@ -123,7 +123,7 @@ template <class T> void real_1d(long n, real_case c, bool inplace) {
   ASSERT_EQ(zar_dft_create(&d, prec, ZAR_DFT_REAL, 1, n), 0);
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_CONJUGATE_EVEN_STORAGE, c.cestorage), 0);
   ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PACKED_FORMAT, c.packed), 0);
-  if (!inplace) ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0);
+  if (!inplace) { ASSERT_EQ(zar_dft_set(d, ZAR_DFT_PLACEMENT, (long)ZAR_DFT_NOT_INPLACE), 0); }
   ASSERT_EQ(zar_dft_commit(d), 0);
   const long layout = c.cestorage == ZAR_DFT_COMPLEX_COMPLEX || c.packed == ZAR_DFT_CCS_FORMAT ? 0 : c.packed;
   const long room = 2 * (n / 2 + 1);
@@ -133,15 +133,15 @@ template <class T> void real_1d(long n, real_case c, bool inplace) {
     x[j] = static_cast<T>(value(j, 3));
     in[j] = cld(x[j], 0);
   }
-  if (inplace) ASSERT_EQ(zar_dft_compute_forward(d, x.data()), 0);
-  else ASSERT_EQ(zar_dft_compute_forward(d, x.data(), y.data()), 0);
+  if (inplace) { ASSERT_EQ(zar_dft_compute_forward(d, x.data()), 0); }
+  else { ASSERT_EQ(zar_dft_compute_forward(d, x.data(), y.data()), 0); }
   std::vector<T>& spec = inplace ? x : y;
   const auto ref = direct(in, -1);
   for (long k = 0; k <= n / 2; ++k) {
     long r, i;
     place(layout, n, k, &r, &i);
     EXPECT_NEAR(spec[r], (double)ref[k].real(), tol<T>() * n) << "n=" << n << " layout=" << layout << " k=" << k;
-    if (i >= 0) EXPECT_NEAR(spec[i], (double)ref[k].imag(), tol<T>() * n) << "n=" << n << " layout=" << layout;
+    if (i >= 0) { EXPECT_NEAR(spec[i], (double)ref[k].imag(), tol<T>() * n) << "n=" << n << " layout=" << layout; }
   }
   std::vector<T> back(room, T(3));
   if (inplace) {
@@ -165,6 +165,47 @@ TEST(Wiring, RealOneDimensionalLayouts) {
         real_1d<double>(n, c, inplace);
         real_1d<float>(n, c, inplace);
       }
+}
+
+// A real batch at the default distances: the real side n reals apart (in
+// place 2(n/2+1), the padded span), the complex side n/2+1 pairs in CCS and
+// n reals in PACK and PERM (in place the padded span); each transform of the
+// batch equals the same transform done alone.
+TEST(Wiring, RealBatchDefaultDistances) {
+  const long n = 10, howmany = 3, padded = 2 * (n / 2 + 1);
+  for (long packed : {54L, 55L, 56L})
+    for (bool inplace : {true, false}) {
+      zar_dft_descriptor *batch = nullptr, *one = nullptr;
+      for (auto [dd, count] : {std::pair{&batch, howmany}, std::pair{&one, 1L}}) {
+        ASSERT_EQ(zar_dft_create(dd, ZAR_DFT_DOUBLE, ZAR_DFT_REAL, 1L, n), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_CONJUGATE_EVEN_STORAGE, 40L), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PACKED_FORMAT, packed), 0);
+        ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_NUMBER_OF_TRANSFORMS, count), 0);
+        if (!inplace) { ASSERT_EQ(zar_dft_set(*dd, ZAR_DFT_PLACEMENT, 44L), 0); }
+        ASSERT_EQ(zar_dft_commit(*dd), 0);
+      }
+      const long in_dist = inplace ? padded : n;
+      const long out_dist = packed == 54 || inplace ? padded : n;
+      std::vector<double> x(howmany * padded + 8, 0.0), y(howmany * padded + 8, 0.0);
+      for (long t = 0; t < howmany; ++t)
+        for (long j = 0; j < n; ++j) x[t * in_dist + j] = value(j, static_cast<int>(t));
+      const std::vector<double> x0 = x;
+      if (inplace) { ASSERT_EQ(zar_dft_compute_forward(batch, x.data()), 0); }
+      else { ASSERT_EQ(zar_dft_compute_forward(batch, x.data(), y.data()), 0); }
+      const std::vector<double>& out = inplace ? x : y;
+      for (long t = 0; t < howmany; ++t) {
+        std::vector<double> a(padded, 0.0), b(padded, 0.0);
+        for (long j = 0; j < n; ++j) a[j] = x0[t * in_dist + j];
+        if (inplace) { ASSERT_EQ(zar_dft_compute_forward(one, a.data()), 0); }
+        else { ASSERT_EQ(zar_dft_compute_forward(one, a.data(), b.data()), 0); }
+        const std::vector<double>& ref = inplace ? a : b;
+        const long len = packed == 54 ? padded : n;
+        for (long j = 0; j < len; ++j)
+          EXPECT_EQ(out[t * out_dist + j], ref[j]) << "packed " << packed << " inplace " << inplace << " t " << t;
+      }
+      zar_dft_free(&batch);
+      zar_dft_free(&one);
+    }
 }
 
 // Multi-dimensional complex: lengths row-major, the last fastest; strides
