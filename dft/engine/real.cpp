@@ -140,11 +140,23 @@ template <class T> void start_backward(const real_plan<T>* p, real_layout layout
   d[1] = scale * (r0 - rh);
 }
 
+// The stored spectrum of an even-length transform from stride ss to stride
+// ds (in the layout's units: complex pairs for CCS, reals otherwise).
+template <class T> void copy_spectrum(real_layout layout, long n, const T* s, long ss, T* d, long ds) {
+  if (layout != real_layout::ccs) {
+    for (long j = 0; j < n; ++j) d[j * ds] = s[j * ss];
+    return;
+  }
+  for (long k = 0; k <= n / 2; ++k) {
+    d[2 * k * ds] = s[2 * k * ss];
+    d[2 * k * ds + 1] = s[2 * k * ss + 1];
+  }
+}
+
 template <class T>
 void even_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x, long is, T* y, long os, T* buf,
                   void* cs) {
   const long n = p->n, h = p->m;
-  const bool packed = layout != real_layout::ccs;
   const T* z = x;
   if (is != 1) {
     for (long j = 0; j < n; ++j) buf[j] = x[j * is];
@@ -153,31 +165,16 @@ void even_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x
   T* d = os == 1 ? y : buf;
   line(p->c, h, -1, T(1), z, d, cs);
   finish_forward(p, layout, scale, d);
-  if (d == buf) {
-    if (packed)
-      for (long j = 0; j < n; ++j) y[j * os] = buf[j];
-    else
-      for (long k = 0; k <= h; ++k) {
-        y[2 * k * os] = buf[2 * k];
-        y[2 * k * os + 1] = buf[2 * k + 1];
-      }
-  }
+  if (d == buf) copy_spectrum(layout, n, buf, 1, y, os);
 }
 
 template <class T>
 void even_backward(const real_plan<T>* p, real_layout layout, T scale, const T* y, long is, T* x, long os, T* buf,
                    void* cs) {
   const long n = p->n, h = p->m;
-  const bool packed = layout != real_layout::ccs;
   const T* s = y;
   if (is != 1) {
-    if (packed)
-      for (long j = 0; j < n; ++j) buf[j] = y[j * is];
-    else
-      for (long k = 0; k <= h; ++k) {
-        buf[2 * k] = y[2 * k * is];
-        buf[2 * k + 1] = y[2 * k * is + 1];
-      }
+    copy_spectrum(layout, n, y, is, buf, 1);
     s = buf;
   }
   // The pre-pass writes the scratch, so that the complex transform runs out
