@@ -45,6 +45,8 @@ template <class T> size_t block_bytes(long n) { return up64(block_lines<T>(n) * 
 // Calls f(input offset, output offset) for every index combination of the
 // dimensions not marked in skip (a bit per dimension).
 template <class F> void each(int rank, const dim* t, unsigned skip, F&& f) {
+  for (int d = 0; d < rank; ++d)
+    if (!(skip >> d & 1) && t[d].n < 1) return;  // nothing to do (an empty batch)
   long idx[max_dims] = {};
   long long oi = 0, oo = 0;
   for (;;) {
