@@ -45,6 +45,13 @@ struct spare_block {
 };
 thread_local spare_block spare;
 
+// Blocks handed out by the allocation services and not yet given back.
+std::atomic<long> outstanding{0};
+inline void* counted(void* p) {
+  if (p) outstanding.fetch_add(1, std::memory_order_relaxed);
+  return p;
+}
+
 }  // namespace
 }  // namespace zar::core
 
@@ -66,11 +73,12 @@ ZAR_API void* zar_serv_allocate(size_t bytes, int alignment) {
   const std::uintptr_t aligned = (first + align - 1) / align * align;
   // Small or odd alignments leave the slot unaligned: copy bytes.
   std::memcpy(reinterpret_cast<void*>(aligned - header), &b, header);
-  return reinterpret_cast<void*>(aligned);
+  return counted(reinterpret_cast<void*>(aligned));
 }
 
 ZAR_API void zar_serv_deallocate(void* p) {
   if (!p) return;
+  outstanding.fetch_sub(1, std::memory_order_relaxed);
   block_info b;
   std::memcpy(&b, static_cast<char*>(p) - header, header);
   if (b.size >= spare_min && b.size > spare.b.size) std::swap(spare.b, b);
@@ -79,15 +87,20 @@ ZAR_API void zar_serv_deallocate(void* p) {
 
 ZAR_API void* zar_serv_malloc(size_t bytes) {
   if (injected_failure()) return nullptr;
-  return std::malloc(bytes ? bytes : 1);
+  return counted(std::malloc(bytes ? bytes : 1));
 }
 
 ZAR_API void* zar_serv_calloc(size_t count, size_t size) {
   if (injected_failure()) return nullptr;
-  return std::calloc(count ? count : 1, size ? size : 1);
+  return counted(std::calloc(count ? count : 1, size ? size : 1));
 }
 
-ZAR_API void zar_serv_free(void* p) { std::free(p); }
+ZAR_API void zar_serv_free(void* p) {
+  if (p) outstanding.fetch_sub(1, std::memory_order_relaxed);
+  std::free(p);
+}
+
+ZAR_API long zar_outstanding_allocations(void) { return outstanding.load(); }
 
 ZAR_API int zar_serv_check_ptr(const void* p, const char*) { return p == nullptr; }
 

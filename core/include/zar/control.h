@@ -79,6 +79,10 @@ void zar_set_cache_size(long long bytes);
  * made through zar_serv_allocate, zar_serv_malloc or zar_serv_calloc returns
  * null; 0 disarms. Returns the previous setting. */
 int zar_fail_allocation(int nth);
+/* Blocks allocated through zar_serv_allocate, zar_serv_malloc and
+ * zar_serv_calloc and not yet freed, process-wide (for leak checks: compare
+ * the count before and after a piece of work). */
+long zar_outstanding_allocations(void);
 /* Warnings issued by zar_serv_check_ptr_and_warn since the last reset. */
 int zar_warning_count(void);
 void zar_reset_warning_count(void);
