@@ -114,8 +114,11 @@ double run_complex(const complex_case& c, unsigned seed = 1) {
     ADD_FAILURE() << "split storage: " << zar_dft_message(st);
     return -1;
   }
-  st = apply_common(d, c.inplace, c.howmany, in, out, !c.in.strides.empty(), !c.inplace && !c.out.strides.empty(),
-                    c.sign, c.scale);
+  // In place the output strides are set to the input ones as well: the
+  // layout is then unambiguous whether or not the output setting is read.
+  const bool set_in = !c.in.strides.empty();
+  st = apply_common(d, c.inplace, c.howmany, in, out, set_in, c.inplace ? set_in : !c.out.strides.empty(), c.sign,
+                    c.scale);
   EXPECT_EQ(st, 0) << "settings/commit: " << zar_dft_message(st);
   if (st) return -1;
   auto& res = c.inplace ? ibuf : obuf;
