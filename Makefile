@@ -29,7 +29,7 @@ install: build
 
 demo: build
 	$(BUILD)/bin/zar info
-	@test ! -x $(BUILD)/bin/fft-demo || $(BUILD)/bin/fft-demo
+	$(BUILD)/bin/fft-demo
 	$(BUILD)/bin/zar-bench --quick
 
 bench: build

@@ -6,10 +6,6 @@
 // points on one and on two threads and the 2T/1T speed-up (FFTW serial in
 // both). GFLOP/s use the usual 5 n log2(n) flops for a complex transform
 // (2.5 n log2(n) for a real one), for every length.
-//
-// Both libraries are reached through dlopen: the core's entries are looked
-// up by name, so the bench also runs (and says so) on a core without the
-// descriptor interface.
 #include <cmath>
 #include <cstdlib>
 #include <random>
@@ -22,25 +18,6 @@
 #include "zar/dft.h"
 
 namespace {
-
-struct zar_api {
-  decltype(&zar_dft_create) create;
-  decltype(&zar_dft_set) set;
-  decltype(&zar_dft_commit) commit;
-  decltype(&zar_dft_compute_forward) forward;
-  decltype(&zar_dft_free) free;
-  static const zar_api* get() {
-    static const zar_api api = [] {
-      const auto& zar = bench::libraries().front();
-      return zar_api{zar.sym<decltype(&zar_dft_create)>("zar_dft_create"),
-                     zar.sym<decltype(&zar_dft_set)>("zar_dft_set"),
-                     zar.sym<decltype(&zar_dft_commit)>("zar_dft_commit"),
-                     zar.sym<decltype(&zar_dft_compute_forward)>("zar_dft_compute_forward"),
-                     zar.sym<decltype(&zar_dft_free)>("zar_dft_free")};
-    }();
-    return api.create && api.set && api.commit && api.forward && api.free ? &api : nullptr;
-  }
-};
 
 template <class T>
 struct aligned {
@@ -100,17 +77,12 @@ timing run(const problem& pb) {
     }
   }
 
-  const zar_api* z = zar_api::get();
-  if (!z) {
-    r.note = "no zar_dft_* in the core";
-    return r;
-  }
   zar_dft_descriptor* d = nullptr;
   const long rank = static_cast<long>(pb.shape.size());
   const int prec = pb.single ? ZAR_DFT_SINGLE : ZAR_DFT_DOUBLE;
   const int dom = pb.real ? ZAR_DFT_REAL : ZAR_DFT_COMPLEX;
-  long st = rank == 1 ? z->create(&d, prec, dom, 1, pb.shape[0]) : z->create(&d, prec, dom, rank, pb.shape.data());
-  if (!st) st = z->set(d, ZAR_DFT_PLACEMENT, static_cast<long>(ZAR_DFT_NOT_INPLACE));
+  long st = rank == 1 ? zar_dft_create(&d, prec, dom, 1, pb.shape[0]) : zar_dft_create(&d, prec, dom, rank, pb.shape.data());
+  if (!st) st = zar_dft_set(d, ZAR_DFT_PLACEMENT, static_cast<long>(ZAR_DFT_NOT_INPLACE));
   if (!st && rank > 1 && pb.real) {  // real input rows of n reals, complex output rows of n/2+1
     std::vector<long> is(rank + 1, 0), os(rank + 1, 0);
     long mi = 1, mo = 1;
@@ -120,24 +92,24 @@ timing run(const problem& pb) {
       mi *= pb.shape[k - 1];
       mo *= hshape[k - 1];
     }
-    st = z->set(d, ZAR_DFT_INPUT_STRIDES, is.data());
-    if (!st) st = z->set(d, ZAR_DFT_OUTPUT_STRIDES, os.data());
+    st = zar_dft_set(d, ZAR_DFT_INPUT_STRIDES, is.data());
+    if (!st) st = zar_dft_set(d, ZAR_DFT_OUTPUT_STRIDES, os.data());
   }
   if (!st && pb.howmany > 1) {
-    st = z->set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, pb.howmany);
-    if (!st) st = z->set(d, ZAR_DFT_INPUT_DISTANCE, n);
-    if (!st) st = z->set(d, ZAR_DFT_OUTPUT_DISTANCE, pb.real ? nh : n);
+    st = zar_dft_set(d, ZAR_DFT_NUMBER_OF_TRANSFORMS, pb.howmany);
+    if (!st) st = zar_dft_set(d, ZAR_DFT_INPUT_DISTANCE, n);
+    if (!st) st = zar_dft_set(d, ZAR_DFT_OUTPUT_DISTANCE, pb.real ? nh : n);
   }
   zar_set_num_threads(pb.threads);
-  if (!st) st = z->commit(d);
+  if (!st) st = zar_dft_commit(d);
   if (!st) {
     fill(x.p, static_cast<size_t>(in_elems));
-    st = z->forward(d, x.p, y.p);  // first call outside the timing
-    if (!st) r.zar = bench::best_seconds([&] { z->forward(d, x.p, y.p); });
+    st = zar_dft_compute_forward(d, x.p, y.p);  // first call outside the timing
+    if (!st) r.zar = bench::best_seconds([&] { zar_dft_compute_forward(d, x.p, y.p); });
   }
   zar_set_num_threads(0);
   if (st) r.note = "zar status " + std::to_string(st);
-  if (d) z->free(&d);
+  if (d) zar_dft_free(&d);
   return r;
 }
 

@@ -38,21 +38,7 @@
 #include "zar/control.h"
 #include "zar/dft.h"
 
-// While the core has no descriptor front end the suite still links (weak
-// references) and skips every test (see test_complex.cpp).
-#pragma weak zar_dft_create
-#pragma weak zar_dft_set
-#pragma weak zar_dft_get
-#pragma weak zar_dft_commit
-#pragma weak zar_dft_compute_forward
-#pragma weak zar_dft_compute_backward
-#pragma weak zar_dft_copy
-#pragma weak zar_dft_free
-#pragma weak zar_dft_message
-
 namespace fftt {
-
-inline bool interface_present() { return zar_dft_create != nullptr && zar_dft_message != nullptr; }
 
 using ld = long double;
 struct cld {

@@ -8,15 +8,6 @@ namespace {
 
 using namespace fftt;
 
-// No descriptor front end in the core: every test here is skipped.
-class require_interface : public ::testing::Environment {
- public:
-  void SetUp() override {
-    if (!interface_present()) GTEST_SKIP() << "the core has no zar_dft_* front end yet";
-  }
-};
-const auto* const env = ::testing::AddGlobalTestEnvironment(new require_interface);
-
 std::vector<long> complex_lengths() {
   std::vector<long> v;
   for (long n = 1; n <= 64; ++n) v.push_back(n);
