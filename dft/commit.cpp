@@ -52,13 +52,16 @@ ZAR_DFTI_PRECISIONS(ZAR_DFTI_KIT)
 // The layouts compute uses. Dimension strides and distances count elements
 // of each side; unset ones are the contiguous defaults, which for real data
 // are direction-dependent: the complex side holds n/2+1 values of the first
-// dimension, and an in-place real side is padded to 2(n/2+1) reals.
+// dimension, and an in-place real side is padded to 2(n/2+1) reals. The
+// PACK and PERM layouts are n reals (in place, the padded real span).
 void effective_layouts(zar_dfti_desc* d) {
   const int rank = d->in_c.rank;
   const zar_dfti_dim* dims = d->in_c.dims;
   const zar_dfti_dim& b = d->batch_c.dims[0];
   const bool real = d->domain == ZAR_DFTI_REAL;
   const bool inplace = d->placement == ZAR_DFTI_INPLACE;
+  const bool packed_reals = real && rank == 1 && d->cestorage == ZAR_DFTI_COMPLEX_REAL &&
+                            (d->packed == ZAR_DFTI_PACK || d->packed == ZAR_DFTI_PERM);
   for (int dir = 0; dir < 2; ++dir) {
     // Contiguous strides of the real side and of the complex side.
     long creal = 1, ccplx = 1;
@@ -67,7 +70,7 @@ void effective_layouts(zar_dfti_desc* d) {
       const long real_stride = creal, cplx_stride = ccplx;
       if (k == 0 && real) {
         creal *= inplace ? 2 * (n / 2 + 1) : n;
-        ccplx *= n / 2 + 1;
+        ccplx *= packed_reals ? (inplace ? 2 * (n / 2 + 1) : n) : n / 2 + 1;
       } else {
         creal *= n;
         ccplx *= n;
@@ -190,7 +193,7 @@ int commit(zar_dfti_desc* d, int (*tmd)(zar_dfti_desc*), zar_dfti_compute_fn fi,
   d->in_unit = d->eff[0][0].is == 1 && d->eff[1][0].is == 1;
   d->out_unit = d->eff[0][0].os == 1 && d->eff[1][0].os == 1;
   size_t most = 0;
-  alignas(64) static thread_local zar_dfti_desc stand_in;
+  alignas(64) zar_dfti_desc stand_in;
   zar_dfti_desc* last = d;
   auto fail = [&](int code) {
     d->thr_limit = saved_limit;

@@ -16,8 +16,9 @@ template <class T> T scale_of(const zar_dfti_desc* d, int dir) {
 template <class T> T* arr(void* const* a, int i) { return static_cast<T*>(a[i]); }
 
 // ------------------------------------------------------------- planners
-template <class T> int plan_complex(zar_dfti_desc* node) {
-  const fft::footprint f = fft::complex_footprint<T>(node->length);
+// Plans a node from the engine's footprint: in a size query the plan is only
+// measured, otherwise allocated through the hooks and built.
+template <class Build> int plan_node(zar_dfti_desc* node, const fft::footprint& f, Build build) {
   node->scratch_bytes = f.scratch_bytes;
   node->plan_bytes = f.plan_bytes;
   if (size_query(node)) {
@@ -26,22 +27,18 @@ template <class T> int plan_complex(zar_dfti_desc* node) {
   }
   node->plan = dfti_allocate(f.plan_bytes, 64, node->mem);
   if (!node->plan) return ZAR_DFTI_EMEMORY;
-  fft::complex_build<T>(node->length, node->plan);
+  build(node->plan);
   return 0;
 }
 
+template <class T> int plan_complex(zar_dfti_desc* node) {
+  const long n = node->length;
+  return plan_node(node, fft::complex_footprint<T>(n), [n](void* m) { fft::complex_build<T>(n, m); });
+}
+
 template <class T> int plan_real(zar_dfti_desc* node) {
-  const fft::footprint f = fft::real_footprint<T>(node->length);
-  node->scratch_bytes = f.scratch_bytes;
-  node->plan_bytes = f.plan_bytes;
-  if (size_query(node)) {
-    measure(node->mem, 1, f.plan_bytes);
-    return 0;
-  }
-  node->plan = dfti_allocate(f.plan_bytes, 64, node->mem);
-  if (!node->plan) return ZAR_DFTI_EMEMORY;
-  fft::real_build<T>(node->length, node->plan);
-  return 0;
+  const long n = node->length;
+  return plan_node(node, fft::real_footprint<T>(n), [n](void* m) { fft::real_build<T>(n, m); });
 }
 
 // The long route: n = n1 * n2 through the engine's six-step plan; a length
@@ -49,17 +46,7 @@ template <class T> int plan_real(zar_dfti_desc* node) {
 template <class T> int plan_long(zar_dfti_desc* node) {
   long n1 = 0, n2 = 0;
   if (!fft::long_split(node->length, &n1, &n2)) return ZAR_DFTI_EUNIMPLEMENTED;
-  const fft::footprint f = fft::long_footprint<T>(n1, n2);
-  node->scratch_bytes = f.scratch_bytes;
-  node->plan_bytes = f.plan_bytes;
-  if (size_query(node)) {
-    measure(node->mem, 1, f.plan_bytes);
-    return 0;
-  }
-  node->plan = dfti_allocate(f.plan_bytes, 64, node->mem);
-  if (!node->plan) return ZAR_DFTI_EMEMORY;
-  fft::long_build<T>(n1, n2, node->plan);
-  return 0;
+  return plan_node(node, fft::long_footprint<T>(n1, n2), [n1, n2](void* m) { fft::long_build<T>(n1, n2, m); });
 }
 
 // ----------------------------------------------------------- node kernels

@@ -55,6 +55,22 @@ std::string domain_of(const std::string& s) {
   return "other";
 }
 
+// The FFT exports by family: descriptor services, commits, compute
+// entries, node kernels (with the dedicated small lengths in the two
+// tables), planners and the memory hooks.
+std::string fft_family(const std::string& s) {
+  if (s.rfind("dfti_", 0) == 0) return "memory hooks";
+  const std::string r = s.substr(std::strlen("zar_dft_avx_"));
+  if (r.rfind("dfti_", 0) == 0 || r.rfind("iotensor_", 0) == 0) return "descriptor";
+  if (r.rfind("commit_", 0) == 0 || r.rfind("threaded_", 0) == 0) return "commit";
+  if (r.rfind("compute_", 0) == 0) return "compute entries";
+  if (r.find("initalloc") != std::string::npos || r.find("get_size") != std::string::npos ||
+      r.find("init_data") != std::string::npos || r.rfind("complex_for_real", 0) == 0)
+    return "planners";
+  if (r.find("smallradix") != std::string::npos) return "small-length tables (2..64)";
+  return "node kernels";
+}
+
 void feature_line(int f) {
   static const struct { int bit; const char* name; } names[] = {
       {ZAR_FEATURE_SSE2, "SSE2"}, {ZAR_FEATURE_SSE3, "SSE3"}, {ZAR_FEATURE_SSSE3, "SSSE3"},
@@ -96,6 +112,13 @@ int info() {
     for (const auto& s : syms) ++per_domain[domain_of(s)];
     std::printf("\nexported kernels %zu\n", syms.size());
     for (const auto& [d, n] : per_domain) std::printf("  %-14s %d\n", d.c_str(), n);
+    std::map<std::string, int> fft;
+    for (const auto& s : syms)
+      if (s.rfind("zar_dft_avx_", 0) == 0 || s.rfind("dfti_", 0) == 0) ++fft[fft_family(s)];
+    if (!fft.empty()) {
+      std::printf("\nFFT kernels\n");
+      for (const auto& [f, n] : fft) std::printf("  %-28s %d\n", f.c_str(), n);
+    }
   } else {
     std::printf("\nexported kernels unknown: %s\n", why.c_str());
   }

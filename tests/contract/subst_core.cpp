@@ -70,3 +70,12 @@ int zar_serv_strncpy_s(char* d, size_t ds, const char* s, size_t n) { COUNT; std
 int zar_serv_strncat_s(char* d, size_t ds, const char* s, size_t n) { COUNT; size_t l = std::strlen(d); std::snprintf(d + l, ds - l, "%.*s", static_cast<int>(n), s); return 0; }
 int zar_serv_sprintf_s(char* b, size_t size, const char* f, ...) { COUNT; va_list ap; va_start(ap, f); int n = std::vsnprintf(b, size, f, ap); va_end(ap); return n; }
 int zar_serv_sprintf_char_s(char* b, size_t size, const char* f, char c) { COUNT; return std::snprintf(b, size, f, c); }
+
+// The FFT callbacks: this core has no threaded FFT layer, so its commits
+// report the combination as not computed; the version text is its own.
+#include "zar/dfti.h"
+#define SUBST_DFT_COMMIT(v, p, k, r, T, dom) \
+  int zar_dft_commit_node_##p##_##k##_##r##_omp(zar_dfti_desc*) { COUNT; return ZAR_DFTI_EUNIMPLEMENTED; }
+ZAR_DFTI_VARIANTS(SUBST_DFT_COMMIT)
+int zar_dft_bless_node_thr(zar_dfti_desc* d) { COUNT; d->blessed = 1; return 0; }
+int zar_serv_get_version_string_c(char* b, int n) { COUNT; return std::snprintf(b, n, "substitute core"); }

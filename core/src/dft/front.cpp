@@ -69,11 +69,24 @@ void copy_settings(zar_dfti_desc* to, const zar_dfti_desc* from) {
 
 bool fits_int32(long long v) { return v >= INT32_MIN && v <= INT32_MAX; }
 
-template <class V> bool one_of(V v, std::initializer_list<V> allowed) {
-  for (V a : allowed)
-    if (v == a) return true;
-  return false;
-}
+// Settings that take one of a few values, and the record field they set
+// (none for the settings with a single allowed value).
+struct choice {
+  int param;
+  int32_t zar_dfti_desc::*field;
+  long allowed[4];
+};
+const choice choices[] = {
+    {ZAR_DFT_COMPLEX_STORAGE, &zar_dfti_desc::cstorage, {ZAR_DFT_COMPLEX_COMPLEX, ZAR_DFT_REAL_REAL}},
+    {ZAR_DFT_REAL_STORAGE, &zar_dfti_desc::rstorage, {ZAR_DFT_REAL_REAL}},
+    {ZAR_DFT_CONJUGATE_EVEN_STORAGE, &zar_dfti_desc::cestorage, {ZAR_DFT_COMPLEX_COMPLEX, ZAR_DFT_COMPLEX_REAL}},
+    {ZAR_DFT_PLACEMENT, &zar_dfti_desc::placement, {ZAR_DFT_INPLACE, ZAR_DFT_NOT_INPLACE}},
+    {ZAR_DFT_WORKSPACE, &zar_dfti_desc::workspace, {ZAR_DFT_ALLOW, ZAR_DFT_AVOID}},
+    {ZAR_DFT_ORDERING, nullptr, {ZAR_DFT_ORDERED}},
+    {ZAR_DFT_TRANSPOSE, nullptr, {ZAR_DFT_NONE}},
+    {ZAR_DFT_PACKED_FORMAT, &zar_dfti_desc::packed,
+     {ZAR_DFT_CCS_FORMAT, ZAR_DFT_PACK_FORMAT, ZAR_DFT_PERM_FORMAT, ZAR_DFT_CCE_FORMAT}},
+};
 
 // Sets one setting from the argument list; ZAR_DFT_OK when it changed.
 long set_value(zar_dfti_desc* d, int param, va_list ap) {
@@ -117,42 +130,26 @@ long set_value(zar_dfti_desc* d, int param, va_list ap) {
       (param == ZAR_DFT_INPUT_DISTANCE ? d->batch.dims[0].is : d->batch.dims[0].os) = static_cast<int32_t>(v);
       return ZAR_DFT_OK;
     case ZAR_DFT_COMPLEX_STORAGE:
-      if (!(complex ? one_of(v, {39L, 42L}) : v == 39)) return ZAR_DFT_EBAD_VALUE;
-      d->cstorage = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
-    case ZAR_DFT_REAL_STORAGE:
-      if (v != ZAR_DFT_REAL_REAL) return ZAR_DFT_EBAD_VALUE;
-      d->rstorage = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
-    case ZAR_DFT_CONJUGATE_EVEN_STORAGE:
-      if (!one_of(v, {39L, 40L})) return ZAR_DFT_EBAD_VALUE;
-      d->cestorage = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
-    case ZAR_DFT_PLACEMENT:
-      if (!one_of(v, {43L, 44L})) return ZAR_DFT_EBAD_VALUE;
-      d->placement = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
-    case ZAR_DFT_WORKSPACE:
-      if (!one_of(v, {51L, 52L})) return ZAR_DFT_EBAD_VALUE;
-      d->workspace = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
-    case ZAR_DFT_ORDERING:
-      if (v != ZAR_DFT_ORDERED) return ZAR_DFT_EBAD_VALUE;
-      return ZAR_DFT_OK;
-    case ZAR_DFT_TRANSPOSE:
-      if (v != ZAR_DFT_NONE) return ZAR_DFT_EBAD_VALUE;
-      return ZAR_DFT_OK;
+      // split storage is a complex-domain layout only
+      if (!complex && v != ZAR_DFT_COMPLEX_COMPLEX) return ZAR_DFT_EBAD_VALUE;
+      break;
     case ZAR_DFT_THREAD_LIMIT:
       if (v < 0) return ZAR_DFT_EBAD_VALUE;
       d->thr_limit = static_cast<int32_t>(v);
       return ZAR_DFT_OK;
-    case ZAR_DFT_PACKED_FORMAT:
-      if (!one_of(v, {54L, 55L, 56L, 57L})) return ZAR_DFT_EBAD_VALUE;
-      d->packed = static_cast<int32_t>(v);
-      return ZAR_DFT_OK;
     default:
-      return ZAR_DFT_EBAD_PARAM;  // read-only or unknown
+      break;
   }
+  for (const choice& c : choices) {
+    if (c.param != param) continue;
+    for (long a : c.allowed)
+      if (a != 0 && a == v) {
+        if (c.field) d->*c.field = static_cast<int32_t>(v);
+        return ZAR_DFT_OK;
+      }
+    return ZAR_DFT_EBAD_VALUE;
+  }
+  return ZAR_DFT_EBAD_PARAM;  // read-only or unknown
 }
 
 // Combinations the commit refuses before any planning.
