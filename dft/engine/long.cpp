@@ -134,12 +134,12 @@ template <class T> void transpose_in_place(T* a, long n1, long n2, void* scratch
 template <class T> struct twiddle {
   const long_plan<T>* p;
   bool conj;
-  void operator()(T* buf, long b0, long nb, long n1) const {
+  void operator()(T* buf, long b0, long nb, long n1, long ld) const {
     const long L = p->L;
     const T sg = conj ? T(-1) : T(1);
     for (long b = 0; b < nb; ++b) {
       const long j2 = b0 + b, dq = j2 / L, dr = j2 % L;
-      T* v = buf + 2 * b * n1;
+      T* v = buf + 2 * b * ld;
       long q = 0, r = 0;
       for (long k = 0; k < n1; ++k) {
         const T hr = p->hi[2 * q], hi = p->hi[2 * q + 1], lr = p->lo[2 * r], li = p->lo[2 * r + 1];

@@ -33,7 +33,14 @@ template <class T> long block_lines(long n) {
   long b = block_target / (n * 2 * static_cast<long>(sizeof(T)));
   return b < least ? least : b > block_most ? block_most : b;
 }
-template <class T> size_t block_bytes(long n) { return up64(block_lines<T>(n) * n * 2 * sizeof(T)); }
+// Distance between the gathered lines, in complex elements: n, padded when
+// lines of a power-of-two size would make the gather's stores to the B
+// lines fall into the same cache sets.
+template <class T> long line_distance(long n) {
+  const long bytes = n * 2 * static_cast<long>(sizeof(T));
+  return bytes % 512 == 0 ? n + 64 / static_cast<long>(2 * sizeof(T)) : n;
+}
+template <class T> size_t block_bytes(long n) { return up64(block_lines<T>(n) * line_distance<T>(n) * 2 * sizeof(T)); }
 
 // Calls f(input offset, output offset) for every index combination of the
 // dimensions not marked in skip (a bit per dimension).
@@ -82,17 +89,17 @@ void direct_pass(const complex_plan<T>* plan, int sign, T scale, const dim* t, i
 
 // No twiddles between the transform and the scatter of a block.
 struct no_twiddle {
-  template <class T> void operator()(T*, long, long, long) const {}
+  template <class T> void operator()(T*, long, long, long, long) const {}
 };
 
 // Transform along dimension d from src (input strides) to dst (output
 // strides) through gathered blocks; src == dst is allowed. Between transform
-// and scatter, tw(block, first line index along the neighbour, lines, n)
-// may modify the block (the long route multiplies its twiddles there).
+// and scatter, tw(block, first line index along the neighbour, lines, n,
+// line distance) may modify the block (the long route multiplies its twiddles there).
 template <class T, class Tw = no_twiddle>
 void blocked_pass(const complex_plan<T>* plan, int sign, T scale, const dim* t, int rank, int d, const T* src,
                   T* dst, T* buf, void* cs, Tw tw = {}) {
-  const long n = t[d].n;
+  const long n = t[d].n, ld = line_distance<T>(n);
   const int e = neighbour(rank, t, d);
   const long lines = e < 0 ? 1 : t[e].n;
   const long B = block_lines<T>(n);
@@ -106,18 +113,18 @@ void blocked_pass(const complex_plan<T>* plan, int sign, T scale, const dim* t, 
       for (long j = 0; j < n; ++j, s += isd) {
         T* g = buf + 2 * j;
         for (long b = 0; b < nb; ++b) {
-          g[2 * b * n] = s[b * ise];
-          g[2 * b * n + 1] = s[b * ise + 1];
+          g[2 * b * ld] = s[b * ise];
+          g[2 * b * ld + 1] = s[b * ise + 1];
         }
       }
-      complex_run<T>(plan, sign, scale, buf, 1, n, buf, 1, n, nb, cs);
-      tw(buf, b0, nb, n);
+      complex_run<T>(plan, sign, scale, buf, 1, ld, buf, 1, ld, nb, cs);
+      tw(buf, b0, nb, n, ld);
       T* o = offset(dst, 2 * oo + static_cast<long long>(b0) * ose);
       for (long j = 0; j < n; ++j, o += osd) {
         const T* g = buf + 2 * j;
         for (long b = 0; b < nb; ++b) {
-          o[b * ose] = g[2 * b * n];
-          o[b * ose + 1] = g[2 * b * n + 1];
+          o[b * ose] = g[2 * b * ld];
+          o[b * ose + 1] = g[2 * b * ld + 1];
         }
       }
     }

@@ -43,7 +43,7 @@ template <class T> size_t buffer_bytes(long n) { return up64((n % 2 == 0 ? n + 2
 // k = 1 .. h-1, taking A = s[k], B = conj s[h-k],
 //   d[k] = scale (c (A + B) + t_k (A - B)),  d[h-k] = scale conj(c (A + B) - t_k (A - B)).
 // s[k] is at s1[2(k-1)], d[k] at d1[2(k-1)]; s1 == d1 is allowed.
-template <class T> void fold(const T* tw, long h, T c, T scale, const T* s1, T* d1) {
+template <bool Scaled, class T> void fold_as(const T* tw, long h, T c, T scale, const T* s1, T* d1) {
   using V = simd::cvec<T>;
   constexpr int W = V::width;
   const T* s = s1 - 2;  // s[2k] for k >= 1 only
@@ -56,8 +56,13 @@ template <class T> void fold(const T* tw, long h, T c, T scale, const T* s1, T* 
     auto b = V::conj(V::reverse(V::load(s + 2 * u)));
     auto e = V::mul(vc, V::add(a, b));
     auto f = V::cmul(V::load(tw + 2 * k), V::sub(a, b));
-    V::store(d + 2 * k, V::mul(vs, V::add(e, f)));
-    V::store(d + 2 * u, V::reverse(V::conj(V::mul(vs, V::sub(e, f)))));
+    auto lo = V::add(e, f), hi = V::sub(e, f);
+    if constexpr (Scaled) {
+      lo = V::mul(vs, lo);
+      hi = V::mul(vs, hi);
+    }
+    V::store(d + 2 * k, lo);
+    V::store(d + 2 * u, V::reverse(V::conj(hi)));
   }
   for (; 2 * k <= h; ++k) {
     const long u = h - k;
@@ -73,6 +78,13 @@ template <class T> void fold(const T* tw, long h, T c, T scale, const T* s1, T* 
     d[2 * k] = xr;
     d[2 * k + 1] = xi;
   }
+}
+
+template <class T> void fold(const T* tw, long h, T c, T scale, const T* s1, T* d1) {
+  if (scale == T(1))
+    fold_as<false>(tw, h, c, scale, s1, d1);
+  else
+    fold_as<true>(tw, h, c, scale, s1, d1);
 }
 
 // Complex transform of one contiguous line (length 1 is a copy).
@@ -168,10 +180,11 @@ void even_backward(const real_plan<T>* p, real_layout layout, T scale, const T* 
       }
     s = buf;
   }
-  T* d = os == 1 ? x : buf;
-  start_backward(p, layout, scale, s, d);
-  line(p->c, h, +1, T(1), d, d, cs);
-  if (d == buf)
+  // The pre-pass writes the scratch, so that the complex transform runs out
+  // of place into a contiguous output.
+  start_backward(p, layout, scale, s, buf);
+  line(p->c, h, +1, T(1), buf, os == 1 ? x : buf, cs);
+  if (os != 1)
     for (long j = 0; j < n; ++j) x[j * os] = buf[j];
 }
 
@@ -300,8 +313,10 @@ void real_backward(const real_plan<T>* p, real_layout layout, T scale, const T* 
   T* buf = static_cast<T*>(scratch);
   void* cs = static_cast<char*>(scratch) + p->buf_bytes;
   const long iunit = layout == real_layout::ccs ? 2 : 1;
-  const bool contiguous = n % 2 == 0 && n > 2 && is == 1 && os == 1 && odist % 2 == 0;
-  const long group = contiguous ? batch_count<T>(n, howmany) : 1;
+  // Groups of short contiguous transforms: the pre-pass of each in its
+  // output, then the group's half-length transforms as one batch.
+  const long group = n % 2 == 0 && n > 2 && is == 1 && os == 1 && odist % 2 == 0 ? batch_count<T>(n, howmany) : 1;
+  const bool contiguous = group > 1;
   for (long t0 = 0; t0 < howmany; t0 += group) {
     const long cnt = howmany - t0 < group ? howmany - t0 : group;
     for (long t = t0; t < t0 + cnt; ++t) {
@@ -311,10 +326,8 @@ void real_backward(const real_plan<T>* p, real_layout layout, T scale, const T* 
         odd_backward(p, layout, scale, yt, is, xt, os, buf, cs);
       else if (!contiguous)
         even_backward(p, layout, scale, yt, is, xt, os, buf, cs);
-      else {
-        // Only the pre-pass here; the group's half-length transforms follow as one batch.
+      else
         start_backward(p, layout, scale, yt, xt);
-      }
     }
     if (contiguous) {
       T* xt = offset(x, static_cast<long long>(t0) * odist);
