@@ -376,4 +376,49 @@ double run_real(const real_case& c, unsigned seed = 1) {
   return err;
 }
 
+// ---------------------------------------------------------------- test parameters
+
+// One case in one precision, as a test parameter.
+template <class Case>
+struct case_param {
+  int precision;
+  Case c;
+  std::string name;
+  friend void PrintTo(const case_param& p, std::ostream* os) { *os << precision_name(p.precision) << " " << describe(p.c); }
+};
+
+template <class Case>
+std::string param_name(const ::testing::TestParamInfo<case_param<Case>>& i) {
+  return i.param.name;
+}
+
+// The case forward and backward.
+template <class Case>
+void add_both_directions(std::vector<Case>& cases, Case c) {
+  for (int sign : {-1, +1}) {
+    c.sign = sign;
+    cases.push_back(c);
+  }
+}
+
+// Every case in single and in double precision, numbered.
+template <class Case>
+std::vector<case_param<Case>> in_both_precisions(const std::vector<Case>& cases) {
+  std::vector<case_param<Case>> v;
+  for (int p : {ZAR_DFT_SINGLE, ZAR_DFT_DOUBLE})
+    for (size_t i = 0; i < cases.size(); ++i) v.push_back({p, cases[i], precision_name(p) + "_" + std::to_string(i)});
+  return v;
+}
+
+template <class Case>
+void run_case(const case_param<Case>& p, unsigned seed) {
+  FFTT_GATE(product(p.c.shape));
+  SCOPED_TRACE(describe(p.c));
+  const bool single = p.precision == ZAR_DFT_SINGLE;
+  if constexpr (std::is_same_v<Case, complex_case>)
+    single ? run_complex<float>(p.c, seed) : run_complex<double>(p.c, seed);
+  else
+    single ? run_real<float>(p.c, seed) : run_real<double>(p.c, seed);
+}
+
 }  // namespace fftt

@@ -7,21 +7,9 @@ namespace {
 
 using namespace fftt;
 
-struct layout_param {
-  int precision;
-  complex_case c;
-  std::string name;
-  friend void PrintTo(const layout_param& p, std::ostream* os) { *os << precision_name(p.precision) << " " << describe(p.c); }
-};
-
-std::vector<layout_param> layout_params() {
+std::vector<case_param<complex_case>> layout_params() {
   std::vector<complex_case> cases;
-  auto add = [&](complex_case c) {
-    for (int sign : {-1, +1}) {
-      c.sign = sign;
-      cases.push_back(c);
-    }
-  };
+  auto add = [&](const complex_case& c) { add_both_directions(cases, c); };
   for (long n : {1L, 7L, 12L, 64L, 100L}) {
     complex_case c;
     c.shape = {n};
@@ -87,22 +75,12 @@ std::vector<layout_param> layout_params() {
     c.out = {2, {1, 3, 15}, 0};  // output transposed: first dimension fastest
     add(c);
   }
-  std::vector<layout_param> v;
-  for (int p : {ZAR_DFT_SINGLE, ZAR_DFT_DOUBLE})
-    for (size_t i = 0; i < cases.size(); ++i)
-      v.push_back({p, cases[i], precision_name(p) + "_" + std::to_string(i)});
-  return v;
+  return in_both_precisions(cases);
 }
 
-class ComplexLayout : public ::testing::TestWithParam<layout_param> {};
-TEST_P(ComplexLayout, MatchesReference) {
-  const auto& prm = GetParam();
-  SCOPED_TRACE(describe(prm.c));
-  if (prm.precision == ZAR_DFT_SINGLE) run_complex<float>(prm.c, 5);
-  else run_complex<double>(prm.c, 5);
-}
-INSTANTIATE_TEST_SUITE_P(Layouts, ComplexLayout, ::testing::ValuesIn(layout_params()),
-                         [](const ::testing::TestParamInfo<layout_param>& i) { return i.param.name; });
+class ComplexLayout : public ::testing::TestWithParam<case_param<complex_case>> {};
+TEST_P(ComplexLayout, MatchesReference) { run_case(GetParam(), 5); }
+INSTANTIATE_TEST_SUITE_P(Layouts, ComplexLayout, ::testing::ValuesIn(layout_params()), param_name<complex_case>);
 
 // A batch computed on one thread and on two gives the same bits: each
 // transform of the batch is computed by the same plan either way.

@@ -8,12 +8,7 @@ namespace {
 
 using namespace fftt;
 
-struct real_param {
-  int precision;
-  real_case c;
-  std::string name;
-  friend void PrintTo(const real_param& p, std::ostream* os) { *os << precision_name(p.precision) << " " << describe(p.c); }
-};
+using real_param = case_param<real_case>;
 
 std::vector<real_param> real_1d_params() {
   std::vector<long> lengths;
@@ -40,12 +35,7 @@ std::vector<real_param> real_1d_params() {
 
 std::vector<real_param> real_layout_params() {
   std::vector<real_case> cases;
-  auto add = [&](real_case c) {
-    for (int sign : {-1, +1}) {
-      c.sign = sign;
-      cases.push_back(c);
-    }
-  };
+  auto add = [&](const real_case& c) { add_both_directions(cases, c); };
   for (long n : {1L, 6L, 7L, 64L}) {
     const long h = n / 2 + 1;
     real_case c;
@@ -88,24 +78,13 @@ std::vector<real_param> real_layout_params() {
     c.ce_side = {0, {5, 1}, 5 * 5};
     add(c);
   }
-  std::vector<real_param> v;
-  for (int p : {ZAR_DFT_SINGLE, ZAR_DFT_DOUBLE})
-    for (size_t i = 0; i < cases.size(); ++i) v.push_back({p, cases[i], precision_name(p) + "_" + std::to_string(i)});
-  return v;
+  return in_both_precisions(cases);
 }
 
 class RealTransform : public ::testing::TestWithParam<real_param> {};
-TEST_P(RealTransform, MatchesReference) {
-  const auto& prm = GetParam();
-  FFTT_GATE(product(prm.c.shape));
-  SCOPED_TRACE(describe(prm.c));
-  if (prm.precision == ZAR_DFT_SINGLE) run_real<float>(prm.c, 3);
-  else run_real<double>(prm.c, 3);
-}
-INSTANTIATE_TEST_SUITE_P(Lengths, RealTransform, ::testing::ValuesIn(real_1d_params()),
-                         [](const ::testing::TestParamInfo<real_param>& i) { return i.param.name; });
-INSTANTIATE_TEST_SUITE_P(Layouts, RealTransform, ::testing::ValuesIn(real_layout_params()),
-                         [](const ::testing::TestParamInfo<real_param>& i) { return "layout_" + i.param.name; });
+TEST_P(RealTransform, MatchesReference) { run_case(GetParam(), 3); }
+INSTANTIATE_TEST_SUITE_P(Lengths, RealTransform, ::testing::ValuesIn(real_1d_params()), param_name<real_case>);
+INSTANTIATE_TEST_SUITE_P(Layouts, RealTransform, ::testing::ValuesIn(real_layout_params()), param_name<real_case>);
 
 // A PACK inverse of even length equals the PERM inverse of the same values
 // with R(n/2) moved to place 1; for odd lengths the two layouts coincide.
