@@ -144,7 +144,8 @@ void run_family() {
     std::string note = t.note;
     if (pb.threads == 2 && batch_1t > 0 && t.zar > 0) note = bench::fmt("2T/1T %.2fx", batch_1t / t.zar);
     if (pb.threads == 1 && pb.howmany > 1) batch_1t = t.zar;
-    tab.row({pb.name, t.zar > 0 ? bench::fmt("%.1f", t.zar * 1e6) : "-", t.fftw > 0 ? bench::fmt("%.1f", t.fftw * 1e6) : "-",
+    auto us = [](double s) { return s <= 0 ? std::string("-") : bench::fmt(s < 1e-5 ? "%.2f" : "%.1f", s * 1e6); };
+    tab.row({pb.name, us(t.zar), us(t.fftw),
              t.zar > 0 && t.fftw > 0 ? bench::fmt("%.2f", t.fftw / t.zar) : "-",
              t.zar > 0 ? bench::fmt("%.2f", flops / t.zar / 1e9) : "-", note});
     if (t.zar > 0 && t.fftw > 0 && t.fftw / t.zar < 0.02) slow = true;
