@@ -41,22 +41,6 @@ ZAR_API void zar_serv_lock(zar_lock_t* lock) {
 
 ZAR_API void zar_serv_unlock(zar_lock_t* lock) { __atomic_store_n(lock, 0, __ATOMIC_RELEASE); }
 
-// ------------------------------------------------------------- messages
-namespace {
-const char* const messages[] = {
-    /* 0 */ "",
-    /* 1 */ "zar: not enough memory for a work area",
-    /* 2 */ "zar: an input parameter has an illegal value",
-    /* 3 */ "zar: the kernel library could not be loaded",
-    /* 4 */ "zar: the function is not supported by this kernel library",
-};
-}
-
-ZAR_API const char* zar_serv_get_msg(int id) {
-  if (id < 0 || id >= static_cast<int>(sizeof messages / sizeof messages[0])) return "";
-  return messages[id];
-}
-
 ZAR_API int zar_serv_print(int to_stderr, const char* format, ...) {
   va_list ap;
   va_start(ap, format);

@@ -56,7 +56,7 @@ void zar_serv_print_verbose_info(int, const char* text, double s) { COUNT; std::
 void zar_serv_xerbla(const char* name, const int* info, int len) { COUNT; std::fprintf(stderr, "%.*s %d\n", len, name, *info); }
 void zar_serv_lock(zar_lock_t* l) { COUNT; while (__atomic_exchange_n(l, 1, __ATOMIC_ACQUIRE)) {} }
 void zar_serv_unlock(zar_lock_t* l) { COUNT; __atomic_store_n(l, 0, __ATOMIC_RELEASE); }
-const char* zar_serv_get_msg(int) { COUNT; return ""; }
+const char* zar_serv_get_msg(int, int, ...) { COUNT; return ""; }
 int zar_serv_print(int e, const char* f, ...) {
   COUNT; va_list ap; va_start(ap, f); int n = std::vfprintf(e ? stderr : stdout, f, ap); va_end(ap); return n;
 }

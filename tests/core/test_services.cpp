@@ -186,9 +186,18 @@ TEST(Strings, BoundedHelpers) {
 }
 
 TEST(Messages, KnownAndUnknown) {
-  EXPECT_GT(std::strlen(zar_serv_get_msg(1)), 0u);
-  EXPECT_STREQ(zar_serv_get_msg(-1), "");
-  EXPECT_STREQ(zar_serv_get_msg(100000), "");
+  EXPECT_GT(std::strlen(zar_serv_get_msg(1, 0)), 0u);
+  EXPECT_STREQ(zar_serv_get_msg(-1, 0), "");
+  EXPECT_STREQ(zar_serv_get_msg(100000, 0), "");
+  // every trigonometric-transform text exists and is one line
+  for (int id = 396; id <= 487; ++id) {
+    const std::string m = zar_serv_get_msg(id, 1, "X");
+    EXPECT_FALSE(m.empty()) << id;
+    EXPECT_EQ(m.find('\n'), std::string::npos) << id;
+  }
+  // arguments are put in where the text asks for them
+  EXPECT_NE(std::string(zar_serv_get_msg(453, 1, "17")).find("17"), std::string::npos);
+  EXPECT_NE(std::string(zar_serv_get_msg(408, 1, "some.log")).find("some.log"), std::string::npos);
 }
 
 TEST(Xerbla, DefaultPrintsTheCustomaryLineAndReturns) {

@@ -70,7 +70,10 @@ ZAR_SERVICE void zar_serv_unlock(zar_lock_t* lock);
 // printing helpers follow printf. The *_s string helpers return 0 on success
 // and a non-zero code (leaving an empty string where one is written) when the
 // destination is null or too small.
-ZAR_SERVICE const char* zar_serv_get_msg(int id);
+// zar_serv_get_msg(id, argc, ...) gives catalogue message id with its argc
+// string arguments put in (integers are formatted by the caller), in a
+// buffer of the calling thread that the next call reuses; "" for an unknown id.
+ZAR_SERVICE const char* zar_serv_get_msg(int id, int argc, ...);
 ZAR_SERVICE int zar_serv_print(int to_stderr, const char* format, ...) __attribute__((format(printf, 2, 3)));
 ZAR_SERVICE int zar_serv_printf_s(const char* format, ...) __attribute__((format(printf, 1, 2)));
 ZAR_SERVICE int zar_serv_fprintf_s(FILE* f, const char* format, ...) __attribute__((format(printf, 2, 3)));
