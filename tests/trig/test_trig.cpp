@@ -23,41 +23,47 @@ const long double pi = 3.141592653589793238462643383279502884L;
 long values(int kind, long n) { return kind <= ZAR_TT_COSINE ? n + 1 : n; }
 
 // The unscaled transforms by their definitions (forward U, backward V).
+// Every angle is a multiple m of pi/(4n): cos and sin come from one table of
+// cos(pi m/(4n)), m < 8n, computed in long double.
 template <class R> std::vector<long double> definition(int kind, bool forward, const std::vector<R>& f, long n) {
+  std::vector<long double> table(8 * n);
+  for (long m = 0; m < 8 * n; ++m) table[m] = cosl(pi * m / (4.0L * n));
+  auto C = [&](long long m) { return table[((m % (8 * n)) + 8 * n) % (8 * n)]; };
+  auto S = [&](long long m) { return C(m - 2 * n); };
   std::vector<long double> out(values(kind, n), 0.0L);
   auto sgn = [](long k) { return k % 2 ? -1.0L : 1.0L; };
-  for (long k = 0; k < static_cast<long>(out.size()); ++k) {
+  for (long long k = 0; k < static_cast<long long>(out.size()); ++k) {
     long double s = 0;
     switch (kind) {
       case ZAR_TT_SINE:
         if (k == 0 || k == n) break;
-        for (long j = 1; j < n; ++j) s += 2 * f[j] * sinl(pi * j * k / n);
+        for (long long j = 1; j < n; ++j) s += 2 * f[j] * S(4 * j * k);
         break;
       case ZAR_TT_COSINE:
         s = f[0] + sgn(k) * f[n];
-        for (long j = 1; j < n; ++j) s += 2 * f[j] * cosl(pi * j * k / n);
+        for (long long j = 1; j < n; ++j) s += 2 * f[j] * C(4 * j * k);
         break;
       case ZAR_TT_STAGGERED_COSINE:
         if (forward) {
-          for (long j = 0; j < n; ++j) s += 2 * f[j] * cosl(pi * k * (2 * j + 1) / (2 * n));
+          for (long long j = 0; j < n; ++j) s += 2 * f[j] * C(2 * k * (2 * j + 1));
         } else {
           s = f[0];
-          for (long m = 1; m < n; ++m) s += 2 * f[m] * cosl(pi * m * (2 * k + 1) / (2 * n));
+          for (long long m = 1; m < n; ++m) s += 2 * f[m] * C(2 * m * (2 * k + 1));
         }
         break;
       case ZAR_TT_STAGGERED_SINE:
         if (forward) {
-          for (long j = 0; j < n; ++j) s += 2 * f[j] * sinl(pi * (k + 1) * (2 * j + 1) / (2 * n));
+          for (long long j = 0; j < n; ++j) s += 2 * f[j] * S(2 * (k + 1) * (2 * j + 1));
         } else {
           s = sgn(k) * f[n - 1];
-          for (long m = 0; m < n - 1; ++m) s += 2 * f[m] * sinl(pi * (m + 1) * (2 * k + 1) / (2 * n));
+          for (long long m = 0; m < n - 1; ++m) s += 2 * f[m] * S(2 * (m + 1) * (2 * k + 1));
         }
         break;
       case ZAR_TT_STAGGERED2_COSINE:
-        for (long j = 0; j < n; ++j) s += 2 * f[j] * cosl(pi * (2 * j + 1) * (2 * k + 1) / (4 * n));
+        for (long long j = 0; j < n; ++j) s += 2 * f[j] * C((2 * j + 1) * (2 * k + 1));
         break;
       case ZAR_TT_STAGGERED2_SINE:
-        for (long j = 0; j < n; ++j) s += 2 * f[j] * sinl(pi * (2 * j + 1) * (2 * k + 1) / (4 * n));
+        for (long long j = 0; j < n; ++j) s += 2 * f[j] * S((2 * j + 1) * (2 * k + 1));
         break;
     }
     out[k] = s;
