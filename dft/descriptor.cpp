@@ -93,7 +93,7 @@ ZAR_EXPORT void zar_dft_avx_dfti_mem_methods_init(zar_dfti_mem* mem) {
 }
 
 // ------------------------------------------------------------------ tensors
-ZAR_EXPORT int zar_dft_avx_iotensor_create(zar_dfti_tensor* t, long rank, zar_dfti_dim* storage) {
+ZAR_EXPORT int zar_dft_avx_Iotensor_create(zar_dfti_tensor* t, long rank, zar_dfti_dim* storage) {
   if (rank < 1 || rank > ZAR_DFTI_MAX_RANK) return ZAR_DFTI_EBAD_VALUE;
   t->rank = static_cast<int32_t>(rank);
   t->dims = storage;
@@ -101,7 +101,7 @@ ZAR_EXPORT int zar_dft_avx_iotensor_create(zar_dfti_tensor* t, long rank, zar_df
   return 0;
 }
 
-ZAR_EXPORT int zar_dft_avx_iotensor_copy(zar_dfti_tensor* dst, const zar_dfti_tensor* src) {
+ZAR_EXPORT int zar_dft_avx_Iotensor_copy(zar_dfti_tensor* dst, const zar_dfti_tensor* src) {
   if (!dst->dims || src->rank < 1 || src->rank > ZAR_DFTI_MAX_RANK) return ZAR_DFTI_EINVALID;
   dst->rank = src->rank;
   std::memcpy(dst->dims, src->dims, sizeof(zar_dfti_dim) * src->rank);
@@ -195,8 +195,8 @@ ZAR_EXPORT int zar_dft_avx_dfti_create_node(zar_dfti_desc** handle, int precisio
   d->destroy = static_destroy;
   d->methods = &static_methods;
   d->api = &static_zarapi_entries;
-  int st = zar_dft_avx_iotensor_create(&d->in, rank, d->dim_store[0]);
-  if (st == 0) st = zar_dft_avx_iotensor_create(&d->batch, 1, d->dim_store[1]);
+  int st = zar_dft_avx_Iotensor_create(&d->in, rank, d->dim_store[0]);
+  if (st == 0) st = zar_dft_avx_Iotensor_create(&d->batch, 1, d->dim_store[1]);
   if (st != 0) {
     d->destroy(d);
     return st;
@@ -227,8 +227,8 @@ ZAR_EXPORT int zar_dft_avx_dfti_create_node(zar_dfti_desc** handle, int precisio
   d->domain = domain;
   d->in_c.dims = d->dim_store[2];
   d->batch_c.dims = d->dim_store[3];
-  st = zar_dft_avx_iotensor_copy(&d->in_c, &d->in);
-  if (st == 0) st = zar_dft_avx_iotensor_copy(&d->batch_c, &d->batch);
+  st = zar_dft_avx_Iotensor_copy(&d->in_c, &d->in);
+  if (st == 0) st = zar_dft_avx_Iotensor_copy(&d->batch_c, &d->batch);
   if (st != 0) {
     d->destroy(d);
     return st;
@@ -249,6 +249,18 @@ ZAR_DFTI_VARIANTS(ZAR_DFTI_BKD)
 
 int precision_of(char p) { return p == 's' ? ZAR_DFTI_SINGLE : ZAR_DFTI_DOUBLE; }
 
+// The blocks of a real init that hold the three arena cursors: one of 16
+// bytes and two of 8, each a 64-byte step of the descriptor arena (the
+// arena ignores the 4096 alignment asked of the core's allocator). The size
+// query measures them the same way. False when the arena is too small.
+bool draw_cursor_blocks(zar_dfti_mem* m) {
+  const bool query = !m->arena[0].enable;
+  void* a = draw(m, 0, 16);
+  void* b = draw(m, 0, 8);
+  void* c = draw(m, 0, 8);
+  return query || (a && b && c);
+}
+
 // The size query: a throw-away record on the stack, measured arenas.
 template <class Create>
 int get_size(Create create, bool split, double fscale, double bscale, long user, size_t* s0, size_t* s1,
@@ -263,6 +275,7 @@ int get_size(Create create, bool split, double fscale, double bscale, long user,
   if (split) rec.cstorage = ZAR_DFTI_REAL_REAL;
   rec.fscale = fscale;
   rec.bscale = bscale;
+  draw_cursor_blocks(&q);
   zar_dft_bless_node_thr(&rec);
   rec.user = static_cast<int32_t>(user);
   rec.thr_limit = static_cast<int32_t>(user);
@@ -286,6 +299,11 @@ template <class Create> int init(Create create, zar_dfti_desc** handle, long use
   int st = create(handle, &m);
   if (st != 0) return st;
   zar_dfti_desc* d = *handle;
+  if (!draw_cursor_blocks(&m)) {
+    d->destroy(d);
+    *handle = nullptr;
+    return ZAR_DFTI_EMEMORY;
+  }
   d->memrec = m;
   d->mem = &d->memrec;
   d->count = 2;

@@ -220,22 +220,22 @@ int compute(const zar_dfti_desc* d, void* const* a, long first, long count, int 
   ZAR_EXPORT void zar_dft_avx_xruds_inv_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) {       \
     split_1d<T, kBwd>(d, a, c, s);                                                                              \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_rudsdftfwd_rtoccs_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
+  ZAR_EXPORT void zar_dft_avx_rudsDFTFwd_RToCCS_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
     real_fwd<T, fft::real_layout::ccs>(d, a, c, s);                                                             \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_rudsdftfwd_rtopack_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
+  ZAR_EXPORT void zar_dft_avx_rudsDFTFwd_RToPack_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
     real_fwd<T, fft::real_layout::pack>(d, a, c, s);                                                            \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_rudsdftfwd_rtoperm_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
+  ZAR_EXPORT void zar_dft_avx_rudsDFTFwd_RToPerm_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
     real_fwd<T, fft::real_layout::perm>(d, a, c, s);                                                            \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_rudsdftinv_ccstor_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
+  ZAR_EXPORT void zar_dft_avx_rudsDFTInv_CCSToR_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
     real_bwd<T, fft::real_layout::ccs>(d, a, c, s);                                                             \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_rudsdftinv_permtor_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
+  ZAR_EXPORT void zar_dft_avx_rudsDFTInv_PermToR_##bits(const zar_dfti_desc* d, void* const* a, long c, void* s) { \
     real_bwd<T, fft::real_layout::perm>(d, a, c, s);                                                            \
   }                                                                                                             \
-  ZAR_EXPORT void zar_dft_avx_workaround_for_dftinv_rpack_##bits(const zar_dfti_desc* d, void* const* a, long c, \
+  ZAR_EXPORT void zar_dft_avx_workaround_for_DFTInv_RPack_##bits(const zar_dfti_desc* d, void* const* a, long c, \
                                                                  void* s) {                                     \
     pack_bwd<T>(d, a, c, s);                                                                                    \
   }                                                                                                             \

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks what the two libraries export and import.
-#   kernel library: only zar_<domain>_avx_<routine>, zar_<domain>_<routine>_avx
+#   kernel library: only zar_<domain>_avx_<routine> (the routine part keeps the
+#     mixed case of names such as Iotensor_create), zar_<domain>_<routine>_avx
 #     (sparse, spblas and graph), dll_cpu_version, the GEMM tables and the FFT
 #     memory hooks; it imports from the core only zar_serv_* services and the
 #     dispatching front ends.
@@ -19,7 +20,7 @@ for f in "$kernel" "$core"; do
 done
 
 domains='blas|lapack_ps|xblas|dft|pdepl|pdett|trans|conv|spblas|sparse|graph'
-kernel_rule="^(zar_($domains)_avx_[a-z0-9_]+|zar_(spblas|sparse|graph)_[a-z0-9_]+_avx|dll_cpu_version|zar_avx_[sdcz]_(all|opt)_gemm_ker|dfti_(malloc|calloc|allocate|free|deallocate))\$"
+kernel_rule="^(zar_($domains)_avx_[A-Za-z0-9_]+|zar_(spblas|sparse|graph)_[a-z0-9_]+_avx|dll_cpu_version|zar_avx_[sdcz]_(all|opt)_gemm_ker|dfti_(malloc|calloc|allocate|free|deallocate))\$"
 core_rule='^(zar_[A-Za-z0-9_]+|cblas_[a-z0-9_]+|[a-z]([a-z0-9_]*[a-z0-9])?_|RowMajorStrg|CBLAS_CallFromC)$'
 
 defined() { nm -D --defined-only "$1" | awk '{print $NF}' | sed 's/@.*//' | sort -u; }

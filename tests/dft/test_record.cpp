@@ -129,10 +129,10 @@ TEST(Record, KernelChoicePerLength) {
   struct {
     long ce, packed;
     zar_dfti_kernel_fn f, b;
-  } real[] = {{39, 57, zar_dft_avx_rudsdftfwd_rtoccs_64f, zar_dft_avx_rudsdftinv_ccstor_64f},
-              {40, 54, zar_dft_avx_rudsdftfwd_rtoccs_64f, zar_dft_avx_rudsdftinv_ccstor_64f},
-              {40, 55, zar_dft_avx_rudsdftfwd_rtopack_64f, zar_dft_avx_workaround_for_dftinv_rpack_64f},
-              {40, 56, zar_dft_avx_rudsdftfwd_rtoperm_64f, zar_dft_avx_rudsdftinv_permtor_64f}};
+  } real[] = {{39, 57, zar_dft_avx_rudsDFTFwd_RToCCS_64f, zar_dft_avx_rudsDFTInv_CCSToR_64f},
+              {40, 54, zar_dft_avx_rudsDFTFwd_RToCCS_64f, zar_dft_avx_rudsDFTInv_CCSToR_64f},
+              {40, 55, zar_dft_avx_rudsDFTFwd_RToPack_64f, zar_dft_avx_workaround_for_DFTInv_RPack_64f},
+              {40, 56, zar_dft_avx_rudsDFTFwd_RToPerm_64f, zar_dft_avx_rudsDFTInv_PermToR_64f}};
   for (const auto& c : real) {
     zar_dft_descriptor* d = nullptr;
     ASSERT_EQ(zar_dft_create(&d, ZAR_DFT_DOUBLE, ZAR_DFT_REAL, 1L, 12L), 0);

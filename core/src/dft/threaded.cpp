@@ -55,8 +55,8 @@ using namespace zar::core::dft;
 namespace {
 
 template <class T, bool Real, bool Md> int commit_node(zar_dfti_desc* d, int (*kernel_commit)(zar_dfti_desc*)) {
-  ZAR_KERNEL(zar_dft_avx_iotensor_copy)(&d->in_c, &d->in);
-  ZAR_KERNEL(zar_dft_avx_iotensor_copy)(&d->batch_c, &d->batch);
+  ZAR_KERNEL(zar_dft_avx_Iotensor_copy)(&d->in_c, &d->in);
+  ZAR_KERNEL(zar_dft_avx_Iotensor_copy)(&d->batch_c, &d->batch);
   d->thr_slots = threads_for(d);
   const int element = static_cast<int>(Real ? sizeof(T) : 2 * sizeof(T));
   const int rank = d->in_c.rank;

@@ -247,12 +247,12 @@ extern zar_dfti_free_fn dfti_deallocate;
   void zar_dft_avx_xruds_inv_##bits##c(const zar_dfti_desc*, void* const*, long, void*);                    \
   void zar_dft_avx_xruds_fwd_##bits(const zar_dfti_desc*, void* const*, long, void*);                       \
   void zar_dft_avx_xruds_inv_##bits(const zar_dfti_desc*, void* const*, long, void*);                       \
-  void zar_dft_avx_rudsdftfwd_rtoccs_##bits(const zar_dfti_desc*, void* const*, long, void*);               \
-  void zar_dft_avx_rudsdftfwd_rtopack_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
-  void zar_dft_avx_rudsdftfwd_rtoperm_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
-  void zar_dft_avx_rudsdftinv_ccstor_##bits(const zar_dfti_desc*, void* const*, long, void*);               \
-  void zar_dft_avx_rudsdftinv_permtor_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
-  void zar_dft_avx_workaround_for_dftinv_rpack_##bits(const zar_dfti_desc*, void* const*, long, void*);     \
+  void zar_dft_avx_rudsDFTFwd_RToCCS_##bits(const zar_dfti_desc*, void* const*, long, void*);               \
+  void zar_dft_avx_rudsDFTFwd_RToPack_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
+  void zar_dft_avx_rudsDFTFwd_RToPerm_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
+  void zar_dft_avx_rudsDFTInv_CCSToR_##bits(const zar_dfti_desc*, void* const*, long, void*);               \
+  void zar_dft_avx_rudsDFTInv_PermToR_##bits(const zar_dfti_desc*, void* const*, long, void*);              \
+  void zar_dft_avx_workaround_for_DFTInv_RPack_##bits(const zar_dfti_desc*, void* const*, long, void*);     \
   void zar_dft_avx_x##z##dft2d(const zar_dfti_desc*, void* const*, long, void*, int);                       \
   void zar_dft_avx_x##z##dft2d_out(const zar_dfti_desc*, void* const*, long, void*, int);                   \
   void zar_dft_avx_x##p##z##dft2d(const zar_dfti_desc*, void* const*, long, void*, int);                    \
@@ -273,8 +273,8 @@ extern const zar_dfti_kernel_fn zar_dft_avx_zsmallradix_inverse[65];
 // Record, tensors, memory, verbose line, version.
 int zar_dft_avx_dfti_create_node(zar_dfti_desc** handle, int precision, int domain, long rank, const long* lengths,
                                  zar_dfti_mem* mem);
-int zar_dft_avx_iotensor_create(zar_dfti_tensor* t, long rank, zar_dfti_dim* storage);
-int zar_dft_avx_iotensor_copy(zar_dfti_tensor* dst, const zar_dfti_tensor* src);
+int zar_dft_avx_Iotensor_create(zar_dfti_tensor* t, long rank, zar_dfti_dim* storage);
+int zar_dft_avx_Iotensor_copy(zar_dfti_tensor* dst, const zar_dfti_tensor* src);
 void zar_dft_avx_dfti_mem_methods_init(zar_dfti_mem* mem);
 void zar_dft_avx_dfti_verbose(const zar_dfti_desc* d);
 int zar_dft_avx_dfti_get_version_string(char* buffer, int length);
