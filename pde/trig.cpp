@@ -303,8 +303,11 @@ template <class R> int dft_ssin_b(R* f, void** h, int* ipar, R* t, int* stat) {
   return dct3(f, h, ipar, t, stat, true, true, "SSIN_B");
 }
 
-// DCT-IV through a DCT-II of u_j = 2 cos(pi (2j+1)/(4n)) f_j:
-// DCT-II(u)_k = Y_k + Y_{k-1} with Y_{-1} = Y_0. mirror: DST-IV(f)_k =
+// DCT-IV from the angle sum (2k+1)t_j = 2k t_j + t_j, t_j = pi (2j+1)/(4n):
+// Y_k = DCT-II(cos t_j f_j)_k - DST-II(sin t_j f_j)_{k-1}, two exact
+// transforms. Without a work area for the second one: Y from the DCT-II of
+// 2 cos t_j f_j alone by the recurrence Y_k = E_k - Y_{k-1}, Y_{-1} = Y_0
+// (no memory, an error growing with n). mirror: DST-IV(f)_k =
 // (-1)^k DCT-IV(f reversed)_k.
 template <class R> int dct4(R* f, void** h, int* ipar, R* t, int* stat, bool mirror, const char* name) {
   const long n = ipar[ip_n];
@@ -315,14 +318,26 @@ template <class R> int dct4(R* f, void** h, int* ipar, R* t, int* stat, bool mir
       f[j] = f[n - 1 - j];
       f[n - 1 - j] = a;
     }
-  for (long j = 0; j < n; ++j) f[j] = 2 * t[2 * j + 1] * f[j];
-  const int s = dct2(f, h, ipar, t, stat, false, false, name);
-  if (s != 0) return s;
-  R prev = R(0.5) * f[0];
-  f[0] = prev;
-  for (long k = 1; k < n; ++k) {
-    prev = f[k] - prev;
-    f[k] = prev;
+  work_area<R> w(n, name);
+  if (w.p) {
+    for (long j = 0; j < n; ++j) {
+      w.p[j] = t[2 * n - 2 * j - 1] * f[j];  // sin t_j f_j
+      f[j] = t[2 * j + 1] * f[j];            // cos t_j f_j
+    }
+    int s = dct2(f, h, ipar, t, stat, false, false, name);
+    if (s == 0) s = dct2(w.p, h, ipar, t, stat, true, true, name);
+    if (s != 0) return s;
+    for (long k = n - 1; k >= 1; --k) f[k] -= w.p[k - 1];
+  } else {
+    for (long j = 0; j < n; ++j) f[j] = 2 * t[2 * j + 1] * f[j];
+    const int s = dct2(f, h, ipar, t, stat, false, false, name);
+    if (s != 0) return s;
+    R prev = R(0.5) * f[0];
+    f[0] = prev;
+    for (long k = 1; k < n; ++k) {
+      prev = f[k] - prev;
+      f[k] = prev;
+    }
   }
   if (mirror)
     for (long k = 1; k < n; k += 2) f[k] = -f[k];

@@ -134,11 +134,11 @@ double rel_rms(const std::vector<long double>& ref, const std::vector<long doubl
 }
 
 // Error bound: the FFT's log-sized error; the kinds whose output comes from
-// a running sum (sine, cosine, the staggered-2 pair) accumulate it along n.
+// a running sum (sine, cosine) accumulate it along n.
 template <class R> double bound(int kind, long n) {
   const double eps = std::numeric_limits<R>::epsilon();
   const double lg = std::log2(static_cast<double>(n) + 1) + 1;
-  const bool running = kind == ZAR_TT_SINE || kind == ZAR_TT_COSINE || kind >= ZAR_TT_STAGGERED2_COSINE;
+  const bool running = kind == ZAR_TT_SINE || kind == ZAR_TT_COSINE;
   return eps * (running ? 8 * lg + 0.5 * n : 8 * lg);
 }
 
