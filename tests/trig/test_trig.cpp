@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "zar/control.h"
 #include "zar/trig.h"
 
 namespace {
@@ -319,3 +320,24 @@ TEST(TrigDiagnostics, NegativeSwitchAppendsToTheLogFile) {
 }
 
 }  // namespace
+
+// Without a work area the staggered kinds reorder in place and the
+// staggered-2 kinds take the recurrence: the same results, one warning.
+TEST(TrigMemory, RefusedWorkAreaGivesTheSameTransform) {
+  for (int kind = ZAR_TT_STAGGERED_COSINE; kind <= ZAR_TT_STAGGERED2_SINE; ++kind) {
+    for (long n : {1L, 2L, 7L, 16L, 33L, 100L}) {
+      for (bool forward : {true, false}) {
+        transform<double> t(n, kind);
+        std::vector<double> a = signal<double>(kind, n), b = a;
+        ASSERT_EQ(t.run(forward, a), 0);
+        zar_reset_warning_count();
+        zar_fail_allocation(1);
+        ASSERT_EQ(t.run(forward, b), 0);
+        zar_fail_allocation(0);
+        EXPECT_EQ(zar_warning_count(), 1) << kind << " " << n;
+        std::vector<long double> x(a.begin(), a.end()), y(b.begin(), b.end());
+        EXPECT_LE(rel_rms(x, y), 4 * n * std::numeric_limits<double>::epsilon()) << kind << " " << n;
+      }
+    }
+  }
+}
