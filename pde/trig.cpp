@@ -506,8 +506,10 @@ template <class R> void diagnostics(int code, const int* ipar, const R* dpar, co
   static constexpr size_t size = 4097;
   char text[size] = " \n";
   append_msg(text, size, 396);
+  // Codes 0 to 6 and 1001 follow the warning switch; the header word is
+  // WARNING for them except code 2, which reports an error.
   const bool warning = (code >= 0 && code <= 6) || code == 1001;
-  append_msg(text, size, warning ? 397 : 398);
+  append_msg(text, size, warning && code != 2 ? 397 : 398);
   const char* nm = name ? name : "";
   switch (code) {
     case 0: append_int(text, size, 449, ipar[ip_status]); append_msg(text, size, 450); break;
