@@ -29,6 +29,7 @@ install: build
 
 demo: build
 	$(BUILD)/bin/zar info
+	$(BUILD)/bin/fft-demo
 	$(BUILD)/bin/zar-bench --quick
 
 bench: build
