@@ -8,13 +8,12 @@
 //   sqrt(n): blocks of columns gathered and transformed together, twiddled,
 //   then blocks of rows, each block small enough for the caches.
 // - chirp: lengths with a larger prime factor, as a circular convolution of
-//   length M (a power of two >= 2n - 1).
-#include <array>
+//   length M >= 2n - 1 (a power of two, or 3 or 5 times one).
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <tuple>
-#include <utility>
+#include <initializer_list>
+#include <type_traits>
 
 #include "dft/engine/complex_plan.h"
 #include "zar/types.h"
@@ -36,8 +35,9 @@ constexpr long long_min = 1L << 20;
 template <class T> constexpr long block_width = 64 / (2 * sizeof(T));
 // Columns or rows per block of the six-step route.
 template <class T> constexpr long six_block = 4 * block_width<T>;
-// Batches of transforms up to this length run interleaved by blocks.
-constexpr long batch_max_n = 1024;
+// Batches of transforms up to this length run interleaved by blocks
+// (contiguous ones only up to the second).
+constexpr long batch_max_n = 1024, batch_contiguous_n = 32;
 
 // Bump allocation in the plan block; with no block it only counts.
 // A build-time work area may be taken last and given back (release).
@@ -205,8 +205,13 @@ template <class T> complex_plan<T>* build(long n, arena& ar, size_t* scratch) {
   } else if (radices(n, r, &np)) {
     build_chain(p, n, r, np, ar, scratch);
   } else {
-    long M = 1;
-    while (M < 2 * n - 1) M *= 2;
+    // the shortest of 2^k, 3 * 2^k and 5 * 2^k (k >= 2) holding 2n - 1
+    long M = 0;
+    for (long f : {1L, 3L, 5L}) {
+      long m = 4 * f;
+      while (m < 2 * n - 1) m *= 2;
+      if (M == 0 || m < M) M = m;
+    }
     size_t sub_scratch = 0;
     auto* sub = build<T>(M, ar, &sub_scratch);
     T* chirp = ar.take<T>(2 * n);
@@ -250,47 +255,67 @@ template <class T> complex_plan<T>* build(long n, arena& ar, size_t* scratch) {
 }
 
 // ---------------------------------------------------------------- data access
-// Element j of transform t, interleaved or split, read as a (re, im) pair.
+// Element j of transform t, interleaved or split, read as a (re, im) pair;
+// a cursor walks the elements of one transform.
 template <class T> struct interleaved {
   T* p;
   long s, d;
   T* at(long t, long j) const { return offset(p, 2 * (static_cast<long long>(t) * d + static_cast<long long>(j) * s)); }
-  void get(long t, long j, T* c) const { std::memcpy(c, at(t, j), 2 * sizeof(T)); }
-  void put(long t, long j, const T* c) const { std::memcpy(at(t, j), c, 2 * sizeof(T)); }
+  struct cursor {
+    T* q;
+    long step;
+    void get(T* c) const { std::memcpy(c, q, 2 * sizeof(T)); }
+    void put(const T* c) const { std::memcpy(q, c, 2 * sizeof(T)); }
+    void next() { q += step; }
+  };
+  cursor start(long t) const { return {at(t, 0), 2 * s}; }
   // transform t as one contiguous array, or null
   T* whole(long t) const { return s == 1 ? at(t, 0) : nullptr; }
 };
 template <class T> struct split_parts {
   T *re, *im;
   long s, d;
-  long long off(long t, long j) const { return static_cast<long long>(t) * d + static_cast<long long>(j) * s; }
-  void get(long t, long j, T* c) const {
-    c[0] = *offset(re, off(t, j));
-    c[1] = *offset(im, off(t, j));
-  }
-  void put(long t, long j, const T* c) const {
-    *offset(re, off(t, j)) = c[0];
-    *offset(im, off(t, j)) = c[1];
+  struct cursor {
+    T *r, *i;
+    long step;
+    void get(T* c) const { c[0] = *r, c[1] = *i; }
+    void put(const T* c) const { *r = c[0], *i = c[1]; }
+    void next() { r += step, i += step; }
+  };
+  cursor start(long t) const {
+    const long long o = static_cast<long long>(t) * d;
+    return {offset(re, o), offset(im, o), s};
   }
   T* whole(long) const { return nullptr; }
 };
 
-// a block of bs transforms t0.. interleaved: buf[j*bs + b] = x(t0 + b, j)
+// a block of bs (at most max_block) transforms t0.. interleaved:
+// buf[j*bs + b] = x(t0 + b, j)
+constexpr long max_block = 8;
 template <class T, class In> void gather(const In& x, long t0, long bs, long n, T* buf) {
+  typename In::cursor c[max_block];
+  for (long b = 0; b < bs; ++b) c[b] = x.start(t0 + b);
   for (long j = 0; j < n; ++j)
-    for (long b = 0; b < bs; ++b) x.get(t0 + b, j, buf + 2 * (j * bs + b));
+    for (long b = 0; b < bs; ++b) {
+      c[b].get(buf + 2 * (j * bs + b));
+      c[b].next();
+    }
 }
 template <class T, class Out> void scatter(const T* buf, long t0, long bs, long n, T scale, const Out& y) {
-  if (scale == T(1)) {
-    for (long j = 0; j < n; ++j)
-      for (long b = 0; b < bs; ++b) y.put(t0 + b, j, buf + 2 * (j * bs + b));
-  } else {
-    for (long j = 0; j < n; ++j)
-      for (long b = 0; b < bs; ++b) {
-        const T c[2] = {buf[2 * (j * bs + b)] * scale, buf[2 * (j * bs + b) + 1] * scale};
-        y.put(t0 + b, j, c);
+  typename Out::cursor c[max_block];
+  for (long b = 0; b < bs; ++b) c[b] = y.start(t0 + b);
+  const bool scaled = scale != T(1);
+  for (long j = 0; j < n; ++j)
+    for (long b = 0; b < bs; ++b) {
+      const T* v = buf + 2 * (j * bs + b);
+      if (scaled) {
+        const T s[2] = {v[0] * scale, v[1] * scale};
+        c[b].put(s);
+      } else {
+        c[b].put(v);
       }
-  }
+      c[b].next();
+    }
 }
 
 template <class T> void scale_array(T* y, long count, T scale) {
@@ -394,7 +419,19 @@ template <class T> void run_one(const complex_plan<T>* p, int sign, const T* x, 
 template <class T, int Sign, class In, class Out>
 void batch(const complex_plan<T>* p, T scale, const In& x, const Out& y, long howmany, T* scratch) {
   const long n = p->n;
-  if (p->how == route::chain && p->batch > 1 && (howmany > 1 || !x.whole(0) || !y.whole(0))) {
+  if constexpr (std::is_same_v<T, double> && std::is_same_v<In, interleaved<T>>) {
+    // several double transforms of 2..64 points: the fixed kernels, two
+    // transforms at a time
+    if (howmany > 1 && n >= 2 && n <= 64) {
+      detail::small_kernels[(Sign < 0 ? 0 : 63) + n - 2](scale, x.p, x.s, x.d, y.p, y.s, y.d, howmany);
+      return;
+    }
+  }
+  // Contiguous transforms run one at a time from about 64 points on (the
+  // interleaving copies cost more than they save there); strided ones are
+  // gathered anyway, several at a time.
+  const bool contiguous = x.whole(0) && y.whole(0);
+  if (p->how == route::chain && p->batch > 1 && (contiguous ? howmany > 1 && n <= batch_contiguous_n : true)) {
     // blocks of transforms interleaved, so vectors span transforms
     T* A = scratch;
     T* A2 = scratch + up64(2 * n * p->batch * sizeof(T)) / sizeof(T);
@@ -464,36 +501,6 @@ void complex_run_split(const complex_plan<T>* p, int sign, T scale, const T* xr,
   else
     batch<T, 1>(p, scale, in, out, howmany, s);
 }
-
-// Fixed small lengths: the plan of each length is built once, in static
-// memory, on first use; the scratch lives on the stack.
-namespace {
-constexpr size_t small_plan_bytes = 16384;
-template <int N> const complex_plan<double>* small_plan() {
-  alignas(64) static unsigned char mem[small_plan_bytes];
-  static const complex_plan<double>* p = complex_build<double>(N, mem);
-  return p;
-}
-}  // namespace
-
-template <int N, int Sign>
-void small_run(double scale, const double* x, long is, long idist, double* y, long os, long odist, long howmany) {
-  static_assert(N >= 2 && N <= 64);
-  const complex_plan<double>* p = small_plan<N>();
-  alignas(64) double scratch[2 * 2 * N * block_width<double> + 2 * N + 16];
-  batch<double, Sign>(p, scale, interleaved<double>{const_cast<double*>(x), is, idist},
-                      interleaved<double>{y, os, odist}, howmany, scratch);
-}
-
-// Every length's pair, forward then backward (this table instantiates them).
-namespace detail {
-using small_fn = void (*)(double, const double*, long, long, double*, long, long, long);
-template <int... K> constexpr std::array<small_fn, 2 * sizeof...(K)> small_list(std::integer_sequence<int, K...>) {
-  return {&small_run<K + 2, -1>..., &small_run<K + 2, 1>...};
-}
-extern const std::array<small_fn, 126> small_kernels;
-const std::array<small_fn, 126> small_kernels = small_list(std::make_integer_sequence<int, 63>{});
-}  // namespace detail
 
 #define ZAR_FFT_COMPLEX(T)                                                                                      \
   template footprint complex_footprint<T>(long);                                                                \

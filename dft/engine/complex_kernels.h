@@ -187,6 +187,12 @@ void pass_p(const pass<typename V::T>& g, const typename V::T* src, typename V::
     for (int k = 0; k < r; ++k) a[k] = V::load(src + 2 * (p + m * k));
     B::template run<R_>(a, r, g.rc);
     T* out = dst + 2 * r * p;
+    if constexpr (R_ == 4 && V::L > 1) {
+      // the outputs of the L butterflies are L consecutive rows of four
+      V::store4_rows(out, a[0], C::twiddle_l(a[1], g.tw + 2 * p), C::twiddle_l(a[2], g.tw + 2 * (m + p)),
+                     C::twiddle_l(a[3], g.tw + 2 * (2 * m + p)));
+      continue;
+    }
     V::scatter(out, 2 * r, a[0]);
     ZAR_UNROLL
     for (int j = 1; j < r; ++j) V::scatter(out + 2 * j, 2 * r, C::twiddle_l(a[j], g.tw + 2 * ((j - 1) * m + p)));

@@ -1,6 +1,7 @@
 // The complex plan: its record, its construction inside caller memory and
 // the data access shared by the complex engine's routes.
 #pragma once
+#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -17,6 +18,10 @@ enum class route : int {
   sixstep  // n = n1 x n2: column transforms, twiddles, row transforms
 };
 constexpr int max_passes = 40;
+// The fixed small transforms (complex_small.cpp): small_run<N, -1> at
+// N - 2, small_run<N, +1> at 63 + N - 2.
+using small_fn = void (*)(double, const double*, long, long, double*, long, long, long);
+extern const std::array<small_fn, 126> small_kernels;
 }  // namespace detail
 
 template <class T> struct complex_plan {

@@ -35,6 +35,14 @@ struct d2 {
     _mm_storeu_pd(p, _mm256_castpd256_pd128(v));
     _mm_storeu_pd(p + step, _mm256_extractf128_pd(v, 1));
   }
+  // lane i of b_j to p[4i + j] (complex elements): four outputs of L
+  // butterflies stored as whole rows
+  static void store4_rows(T* p, R b0, R b1, R b2, R b3) {
+    _mm256_storeu_pd(p, _mm256_permute2f128_pd(b0, b1, 0x20));
+    _mm256_storeu_pd(p + 4, _mm256_permute2f128_pd(b2, b3, 0x20));
+    _mm256_storeu_pd(p + 8, _mm256_permute2f128_pd(b0, b1, 0x31));
+    _mm256_storeu_pd(p + 12, _mm256_permute2f128_pd(b2, b3, 0x31));
+  }
 };
 
 struct d1 {
@@ -85,6 +93,18 @@ struct f4 {
     _mm_storel_pi(reinterpret_cast<__m64*>(p + 2 * step), hi);
     _mm_storeh_pi(reinterpret_cast<__m64*>(p + 3 * step), hi);
   }
+  // lane i of b_j to p[4i + j] (complex elements), a 4 x 4 transposition of
+  // 64-bit complex values
+  static void store4_rows(T* p, R b0, R b1, R b2, R b3) {
+    const __m256d e0 = _mm256_castps_pd(b0), e1 = _mm256_castps_pd(b1);
+    const __m256d e2 = _mm256_castps_pd(b2), e3 = _mm256_castps_pd(b3);
+    const __m256d t0 = _mm256_unpacklo_pd(e0, e1), t1 = _mm256_unpackhi_pd(e0, e1);
+    const __m256d t2 = _mm256_unpacklo_pd(e2, e3), t3 = _mm256_unpackhi_pd(e2, e3);
+    _mm256_storeu_ps(p, _mm256_castpd_ps(_mm256_permute2f128_pd(t0, t2, 0x20)));
+    _mm256_storeu_ps(p + 8, _mm256_castpd_ps(_mm256_permute2f128_pd(t1, t3, 0x20)));
+    _mm256_storeu_ps(p + 16, _mm256_castpd_ps(_mm256_permute2f128_pd(t0, t2, 0x31)));
+    _mm256_storeu_ps(p + 24, _mm256_castpd_ps(_mm256_permute2f128_pd(t1, t3, 0x31)));
+  }
 };
 
 struct f2base {
@@ -112,6 +132,13 @@ struct f2 : f2base {
   static void scatter(T* p, long step, R v) {
     _mm_storel_pi(reinterpret_cast<__m64*>(p), v);
     _mm_storeh_pi(reinterpret_cast<__m64*>(p + step), v);
+  }
+  static void store4_rows(T* p, R b0, R b1, R b2, R b3) {
+    const __m128d e0 = _mm_castps_pd(b0), e1 = _mm_castps_pd(b1), e2 = _mm_castps_pd(b2), e3 = _mm_castps_pd(b3);
+    _mm_storeu_ps(p, _mm_castpd_ps(_mm_unpacklo_pd(e0, e1)));
+    _mm_storeu_ps(p + 4, _mm_castpd_ps(_mm_unpacklo_pd(e2, e3)));
+    _mm_storeu_ps(p + 8, _mm_castpd_ps(_mm_unpackhi_pd(e0, e1)));
+    _mm_storeu_ps(p + 12, _mm_castpd_ps(_mm_unpackhi_pd(e2, e3)));
   }
 };
 
