@@ -45,6 +45,8 @@ template <class T> size_t block_bytes(long n) { return up64(block_lines<T>(n) * 
 // Calls f(input offset, output offset) for every index combination of the
 // dimensions not marked in skip (a bit per dimension).
 template <class F> void each(int rank, const dim* t, unsigned skip, F&& f) {
+  for (int d = 0; d < rank; ++d)
+    if (!(skip >> d & 1) && t[d].n < 1) return;  // nothing to do (an empty batch)
   long idx[max_dims] = {};
   long long oi = 0, oo = 0;
   for (;;) {
@@ -87,6 +89,12 @@ void direct_pass(const complex_plan<T>* plan, int sign, T scale, const dim* t, i
   });
 }
 
+// count complex values from s (stride ss reals) to d (stride ds reals), each
+// moved as one unit.
+template <class T> inline void move(const T* s, long ss, T* d, long ds, long count) {
+  for (long b = 0; b < count; ++b) *reinterpret_cast<cx<T>*>(d + b * ds) = *reinterpret_cast<const cx<T>*>(s + b * ss);
+}
+
 // No twiddles between the transform and the scatter of a block.
 struct no_twiddle {
   template <class T> void operator()(T*, long, long, long, long) const {}
@@ -110,23 +118,11 @@ void blocked_pass(const complex_plan<T>* plan, int sign, T scale, const dim* t, 
     for (long b0 = 0; b0 < lines; b0 += B) {
       const long nb = lines - b0 < B ? lines - b0 : B;
       const T* s = offset(src, 2 * oi + static_cast<long long>(b0) * ise);
-      for (long j = 0; j < n; ++j, s += isd) {
-        T* g = buf + 2 * j;
-        for (long b = 0; b < nb; ++b) {
-          g[2 * b * ld] = s[b * ise];
-          g[2 * b * ld + 1] = s[b * ise + 1];
-        }
-      }
+      for (long j = 0; j < n; ++j, s += isd) move(s, ise, buf + 2 * j, 2 * ld, nb);
       complex_run<T>(plan, sign, scale, buf, 1, ld, buf, 1, ld, nb, cs);
       tw(buf, b0, nb, n, ld);
       T* o = offset(dst, 2 * oo + static_cast<long long>(b0) * ose);
-      for (long j = 0; j < n; ++j, o += osd) {
-        const T* g = buf + 2 * j;
-        for (long b = 0; b < nb; ++b) {
-          o[b * ose] = g[2 * b * ld];
-          o[b * ose + 1] = g[2 * b * ld + 1];
-        }
-      }
+      for (long j = 0; j < n; ++j, o += osd) move(buf + 2 * j, 2 * ld, o, ose, nb);
     }
   });
 }

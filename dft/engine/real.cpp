@@ -11,7 +11,8 @@
 // Both passes work on the pair (k, h-k) at once, so they run in place, with
 // AVX on a register's width of k and the mirrored width of h-k.
 //
-// Odd n: the reals go through a full-length complex transform.
+// Odd n: two transforms of a batch share one full-length complex transform
+// (one on the real, one on the imaginary part); a single one has it alone.
 #include <cmath>
 #include <cstring>
 
@@ -140,11 +141,23 @@ template <class T> void start_backward(const real_plan<T>* p, real_layout layout
   d[1] = scale * (r0 - rh);
 }
 
+// The stored spectrum of an even-length transform from stride ss to stride
+// ds (in the layout's units: complex pairs for CCS, reals otherwise).
+template <class T> void copy_spectrum(real_layout layout, long n, const T* s, long ss, T* d, long ds) {
+  if (layout != real_layout::ccs) {
+    for (long j = 0; j < n; ++j) d[j * ds] = s[j * ss];
+    return;
+  }
+  for (long k = 0; k <= n / 2; ++k) {
+    d[2 * k * ds] = s[2 * k * ss];
+    d[2 * k * ds + 1] = s[2 * k * ss + 1];
+  }
+}
+
 template <class T>
 void even_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x, long is, T* y, long os, T* buf,
                   void* cs) {
   const long n = p->n, h = p->m;
-  const bool packed = layout != real_layout::ccs;
   const T* z = x;
   if (is != 1) {
     for (long j = 0; j < n; ++j) buf[j] = x[j * is];
@@ -153,31 +166,16 @@ void even_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x
   T* d = os == 1 ? y : buf;
   line(p->c, h, -1, T(1), z, d, cs);
   finish_forward(p, layout, scale, d);
-  if (d == buf) {
-    if (packed)
-      for (long j = 0; j < n; ++j) y[j * os] = buf[j];
-    else
-      for (long k = 0; k <= h; ++k) {
-        y[2 * k * os] = buf[2 * k];
-        y[2 * k * os + 1] = buf[2 * k + 1];
-      }
-  }
+  if (d == buf) copy_spectrum(layout, n, buf, 1, y, os);
 }
 
 template <class T>
 void even_backward(const real_plan<T>* p, real_layout layout, T scale, const T* y, long is, T* x, long os, T* buf,
                    void* cs) {
   const long n = p->n, h = p->m;
-  const bool packed = layout != real_layout::ccs;
   const T* s = y;
   if (is != 1) {
-    if (packed)
-      for (long j = 0; j < n; ++j) buf[j] = y[j * is];
-    else
-      for (long k = 0; k <= h; ++k) {
-        buf[2 * k] = y[2 * k * is];
-        buf[2 * k + 1] = y[2 * k * is + 1];
-      }
+    copy_spectrum(layout, n, y, is, buf, 1);
     s = buf;
   }
   // The pre-pass writes the scratch, so that the complex transform runs out
@@ -189,46 +187,75 @@ void even_backward(const real_plan<T>* p, real_layout layout, T scale, const T* 
 }
 
 // ---------------------------------------------------------------- odd length
+// Two transforms a, b of a batch share one complex transform of a + i b:
+//   A[k] = (Z[k] + conj Z[n-k]) / 2,  B[k] = -i (Z[k] - conj Z[n-k]) / 2,
+// and backward z = a + i b is the transform of A + i B. A single transform
+// has b = 0.
+
+// Positions of Re X[k] and Im X[k], 1 <= k <= n/2, of an odd length in a
+// layout with stride st.
+inline void odd_place(real_layout l, long k, long st, long* r, long* i) {
+  if (l == real_layout::ccs) {
+    *r = 2 * k * st;
+    *i = *r + 1;
+  } else {
+    *r = (2 * k - 1) * st;
+    *i = 2 * k * st;
+  }
+}
+
+// y1 (with x1) may be null: one transform.
 template <class T>
-void odd_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x, long is, T* y, long os, T* buf,
-                 void* cs) {
+void odd_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x0, const T* x1, long is, T* y0, T* y1,
+                 long os, T* buf, void* cs) {
   const long n = p->n, h = n / 2;
   for (long j = 0; j < n; ++j) {
-    buf[2 * j] = x[j * is];
-    buf[2 * j + 1] = 0;
+    buf[2 * j] = x0[j * is];
+    buf[2 * j + 1] = x1 ? x1[j * is] : T(0);
   }
   line(p->c, n, -1, scale, buf, buf, cs);
-  if (layout == real_layout::ccs) {
-    for (long k = 0; k <= h; ++k) {
-      y[2 * k * os] = buf[2 * k];
-      y[2 * k * os + 1] = k == 0 ? T(0) : buf[2 * k + 1];
-    }
-    return;
+  const T half = T(0.5);
+  y0[0] = buf[0];
+  if (layout == real_layout::ccs) y0[1] = 0;
+  if (y1) {
+    y1[0] = buf[1];
+    if (layout == real_layout::ccs) y1[1] = 0;
   }
-  y[0] = buf[0];
   for (long k = 1; k <= h; ++k) {
-    y[(2 * k - 1) * os] = buf[2 * k];
-    y[2 * k * os] = buf[2 * k + 1];
+    const T zr = buf[2 * k], zi = buf[2 * k + 1], mr = buf[2 * (n - k)], mi = buf[2 * (n - k) + 1];
+    long r, i;
+    odd_place(layout, k, os, &r, &i);
+    if (!y1) {
+      y0[r] = zr;
+      y0[i] = zi;
+      continue;
+    }
+    y0[r] = half * (zr + mr);
+    y0[i] = half * (zi - mi);
+    y1[r] = half * (zi + mi);
+    y1[i] = half * (mr - zr);
   }
 }
 
 template <class T>
-void odd_backward(const real_plan<T>* p, real_layout layout, T scale, const T* y, long is, T* x, long os, T* buf,
-                  void* cs) {
+void odd_backward(const real_plan<T>* p, real_layout layout, T scale, const T* y0, const T* y1, long is, T* x0,
+                  T* x1, long os, T* buf, void* cs) {
   const long n = p->n, h = n / 2;
-  const bool ccs = layout == real_layout::ccs;
-  buf[0] = y[0];
-  buf[1] = 0;
+  buf[0] = y0[0];
+  buf[1] = y1 ? y1[0] : T(0);
   for (long k = 1; k <= h; ++k) {
-    T re = ccs ? y[2 * k * is] : y[(2 * k - 1) * is];
-    T im = ccs ? y[2 * k * is + 1] : y[2 * k * is];
-    buf[2 * k] = re;
-    buf[2 * k + 1] = im;
-    buf[2 * (n - k)] = re;
-    buf[2 * (n - k) + 1] = -im;
+    long r, i;
+    odd_place(layout, k, is, &r, &i);
+    const T ar = y0[r], ai = y0[i], br = y1 ? y1[r] : T(0), bi = y1 ? y1[i] : T(0);
+    buf[2 * k] = ar - bi;
+    buf[2 * k + 1] = ai + br;
+    buf[2 * (n - k)] = ar + bi;
+    buf[2 * (n - k) + 1] = br - ai;
   }
   line(p->c, n, +1, scale, buf, buf, cs);
-  for (long j = 0; j < n; ++j) x[j * os] = buf[2 * j];
+  for (long j = 0; j < n; ++j) x0[j * os] = buf[2 * j];
+  if (x1)
+    for (long j = 0; j < n; ++j) x1[j * os] = buf[2 * j + 1];
 }
 
 // Batches of short contiguous even-length transforms go to the complex plan
@@ -299,10 +326,14 @@ void real_forward(const real_plan<T>* p, real_layout layout, T scale, const T* x
   for (long t = 0; t < howmany; ++t) {
     const T* xt = offset(x, static_cast<long long>(t) * idist);
     T* yt = offset(y, static_cast<long long>(t) * odist * ounit);
-    if (n % 2 == 0)
+    if (n % 2 == 0) {
       even_forward(p, layout, scale, xt, is, yt, os, buf, cs);
-    else
-      odd_forward(p, layout, scale, xt, is, yt, os, buf, cs);
+    } else if (t + 1 < howmany) {  // two at once
+      odd_forward(p, layout, scale, xt, xt + idist, is, yt, yt + odist * ounit, os, buf, cs);
+      ++t;
+    } else {
+      odd_forward<T>(p, layout, scale, xt, nullptr, is, yt, nullptr, os, buf, cs);
+    }
   }
 }
 
@@ -313,18 +344,27 @@ void real_backward(const real_plan<T>* p, real_layout layout, T scale, const T* 
   T* buf = static_cast<T*>(scratch);
   void* cs = static_cast<char*>(scratch) + p->buf_bytes;
   const long iunit = layout == real_layout::ccs ? 2 : 1;
+  if (n % 2 != 0) {
+    for (long t = 0; t < howmany; t += 2) {
+      const T* yt = offset(y, static_cast<long long>(t) * idist * iunit);
+      T* xt = offset(x, static_cast<long long>(t) * odist);
+      if (t + 1 < howmany)  // two at once
+        odd_backward(p, layout, scale, yt, yt + idist * iunit, is, xt, xt + odist, os, buf, cs);
+      else
+        odd_backward<T>(p, layout, scale, yt, nullptr, is, xt, nullptr, os, buf, cs);
+    }
+    return;
+  }
   // Groups of short contiguous transforms: the pre-pass of each in its
   // output, then the group's half-length transforms as one batch.
-  const long group = n % 2 == 0 && n > 2 && is == 1 && os == 1 && odist % 2 == 0 ? batch_count<T>(n, howmany) : 1;
+  const long group = n > 2 && is == 1 && os == 1 && odist % 2 == 0 ? batch_count<T>(n, howmany) : 1;
   const bool contiguous = group > 1;
   for (long t0 = 0; t0 < howmany; t0 += group) {
     const long cnt = howmany - t0 < group ? howmany - t0 : group;
     for (long t = t0; t < t0 + cnt; ++t) {
       const T* yt = offset(y, static_cast<long long>(t) * idist * iunit);
       T* xt = offset(x, static_cast<long long>(t) * odist);
-      if (n % 2 != 0)
-        odd_backward(p, layout, scale, yt, is, xt, os, buf, cs);
-      else if (!contiguous)
+      if (!contiguous)
         even_backward(p, layout, scale, yt, is, xt, os, buf, cs);
       else
         start_backward(p, layout, scale, yt, xt);

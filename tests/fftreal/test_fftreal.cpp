@@ -430,6 +430,22 @@ TEST(MdFft, ComplexTwoAndThreeDimensions) {
       check_complex_md<double>({11}, 2, 0, false, false, inplace, 3, sign);
     }
 }
+// An empty batch writes nothing.
+TEST(MdFft, EmptyBatch) {
+  complex_p<double> p5(5), p3(3);
+  const complex_plan<double>* pp[2] = {p5.p, p3.p};
+  dim dims[2] = {{5, 1, 1}, {3, 5, 5}};
+  mem scratch(md_scratch_bytes<double>(2, dims));
+  std::vector<double> x(30, 1.0), y(30, 7.0);
+  complex_md_run<double>(pp, 2, dims, -1, 1.0, x.data(), 15, y.data(), 15, 0, scratch.p);
+  real_p<double> r6(6);
+  dim rd[2] = {{6, 1, 1}, {3, 6, 4}};
+  mem rs(real_md_scratch_bytes<double>(2, rd));
+  real_md_forward<double>(r6.p, pp, 2, rd, 1.0, x.data(), 18, y.data(), 12, 0, rs.p);
+  real_md_backward<double>(r6.p, pp, 2, rd, 1.0, x.data(), 12, y.data(), 18, 0, rs.p);
+  for (double v : y) EXPECT_EQ(v, 7.0);
+}
+
 TEST(MdFft, ComplexHigherRanks) {
   check_complex_md<double>({2, 3, 2, 5}, 1, 0, false, true, false, 2, -1);
   check_complex_md<double>({2, 1, 3, 1, 2, 2, 3}, 0, 0, false, false, true, 2, 1);
