@@ -57,6 +57,40 @@ TYPED_TEST(Plans, GuruComplexBatchRanks) {
       }
 }
 
+// Negative strides (the input read backwards from its last element) in a
+// batch of complex and of real-to-real transforms, compared with Debian's.
+TYPED_TEST(Plans, NegativeStrides) {
+  using R = TypeParam;
+  const api<R>* theirs = peer<R>();
+  if (!theirs) GTEST_SKIP() << "Debian's FFTW is not installed";
+  const int n = 10;
+  typename api<R>::iodim dims[] = {{n, -2, 1}};
+  typename api<R>::iodim how[] = {{3, 20, n}};
+  const std::vector<R> in0 = random_reals<R>(2 * 3 * 2 * n, 11);
+  std::vector<R> out[2][2];
+  for (int side = 0; side < 2; ++side) {
+    const api<R>& f = side == 0 ? ours<R>() : *theirs;
+    std::vector<R> in = in0;
+    out[side][0].assign(2 * 3 * n, R(0));
+    out[side][1].assign(3 * n, R(0));
+    const int last = 2 * (n - 1);  // element 0 of each transform is the last one read
+    auto p = f.plan_guru_dft(1, dims, 1, how, cx(in) + last, cx(out[side][0]), FFTW_FORWARD, FFTW_ESTIMATE);
+    const auto k = static_cast<typename api<R>::r2r_kind>(FFTW_REDFT10);
+    auto q = f.plan_guru_r2r(1, dims, 1, how, in.data() + last, out[side][1].data(), &k, FFTW_ESTIMATE);
+    ASSERT_NE(p, nullptr);
+    ASSERT_NE(q, nullptr);
+    f.execute(p);
+    f.execute(q);
+    f.destroy_plan(p);
+    f.destroy_plan(q);
+  }
+  for (int t = 0; t < 2; ++t) {
+    std::vector<size_t> all(out[0][t].size());
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_LE(relative_error(out[0][t], out[1][t], all), tolerance<R>(n));
+  }
+}
+
 // Rank 0 is a copy of every element of the batch.
 TYPED_TEST(Plans, RankZeroCopies) {
   using R = TypeParam;
