@@ -326,3 +326,28 @@ TEST(PlanDescription, PrintFlopsThreads) {
   EXPECT_EQ(fma, 0.0);
   fftw_destroy_plan(p);
 }
+
+// A plan made after fftw_plan_with_nthreads(2) computes what a one-thread
+// plan computes (a batch, which the descriptor may split over threads).
+TEST(PlanThreads, TwoThreadPlanMatchesOneThreadPlan) {
+  const int n = 256, howmany = 16;
+  std::vector<double> in = random_reals<double>(2 * n * howmany, 21), one(in.size()), two(in.size());
+  auto* x = reinterpret_cast<fftw_complex*>(in.data());
+  fftw_plan p1 = fftw_plan_many_dft(1, &n, howmany, x, nullptr, 1, n, reinterpret_cast<fftw_complex*>(one.data()),
+                                    nullptr, 1, n, FFTW_FORWARD, FFTW_ESTIMATE);
+  EXPECT_EQ(fftw_init_threads(), 1);
+  fftw_plan_with_nthreads(2);
+  fftw_plan p2 = fftw_plan_many_dft(1, &n, howmany, x, nullptr, 1, n, reinterpret_cast<fftw_complex*>(two.data()),
+                                    nullptr, 1, n, FFTW_FORWARD, FFTW_ESTIMATE);
+  fftw_cleanup_threads();
+  EXPECT_EQ(fftw_planner_nthreads(), 1);
+  ASSERT_NE(p1, nullptr);
+  ASSERT_NE(p2, nullptr);
+  fftw_execute(p1);
+  fftw_execute(p2);
+  std::vector<size_t> all(one.size());
+  std::iota(all.begin(), all.end(), 0);
+  EXPECT_LE(relative_error(two, one, all), tolerance<double>(n));
+  fftw_destroy_plan(p1);
+  fftw_destroy_plan(p2);
+}
