@@ -39,8 +39,8 @@ inline const char* kind_name(int k) {
 
 // The descriptor plan of a complex, split, real-to-complex or
 // complex-to-real problem; null when the library refuses it. The batch
-// dimension the descriptor takes is the longest one with non-negative
-// distances; the other batch dimensions become loops around the call.
+// dimension the descriptor takes is the longest one with positive
+// distances (a distance of 0 means the default one to the descriptor); the other batch dimensions become loops around the call.
 template <class R>
 std::unique_ptr<descriptor_plan> descriptor_problem(problem p, const std::vector<dim>& dims, std::vector<dim> howmany,
                                                     bool inplace, bool forward, bool batch) {
@@ -65,7 +65,7 @@ std::unique_ptr<descriptor_plan> descriptor_problem(problem p, const std::vector
   if (batch) {
     auto best = howmany.end();
     for (auto h = howmany.begin(); h != howmany.end(); ++h)
-      if (h->is >= 0 && h->os >= 0 && (best == howmany.end() || h->n > best->n)) best = h;
+      if (h->is > 0 && h->os > 0 && (best == howmany.end() || h->n > best->n)) best = h;
     if (best != howmany.end()) {
       r.howmany = static_cast<long>(best->n);
       r.idist = static_cast<long>(best->is);

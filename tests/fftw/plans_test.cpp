@@ -91,6 +91,25 @@ TYPED_TEST(Plans, NegativeStrides) {
   }
 }
 
+// A batch that reads one input again and again (distance 0) into separate
+// outputs, as FFTW allows out of place.
+TYPED_TEST(Plans, BatchOfDistanceZero) {
+  using R = TypeParam;
+  const api<R>& a = ours<R>();
+  const int n = 16;
+  typename api<R>::iodim dims[] = {{n, 1, 1}};
+  typename api<R>::iodim how[] = {{3, 0, n}};
+  std::vector<R> in = random_reals<R>(2 * n, 13), out(2 * 3 * n, R(0)), ref(2 * n);
+  auto p = a.plan_guru_dft(1, dims, 1, how, cx(in), cx(out), FFTW_FORWARD, FFTW_ESTIMATE);
+  ASSERT_NE(p, nullptr);
+  a.execute(p);
+  a.destroy_plan(p);
+  auto q = a.plan_dft_1d(n, cx(in), cx(ref), FFTW_FORWARD, FFTW_ESTIMATE);
+  a.execute(q);
+  a.destroy_plan(q);
+  for (int b = 0; b < 3; ++b) EXPECT_TRUE(std::equal(ref.begin(), ref.end(), out.begin() + 2 * n * b)) << "transform " << b;
+}
+
 // Rank 0 is a copy of every element of the batch.
 TYPED_TEST(Plans, RankZeroCopies) {
   using R = TypeParam;
