@@ -29,17 +29,20 @@ struct api {
 };
 
 namespace detail {
+// Loaded by path: the build's lib directory (on the programs' run path)
+// holds zar's own libfftw3.so.3 and libfftw3f.so.3, which a bare name
+// would find first.
 template <class R> struct names;
 template <> struct names<float> {
-  static constexpr const char* lib = "libfftw3f.so.3";
+  static constexpr const char* lib = "/usr/lib/i386-linux-gnu/libfftw3f.so.3";
   static constexpr const char* prefix = "fftwf_";
 };
 template <> struct names<double> {
-  static constexpr const char* lib = "libfftw3.so.3";
+  static constexpr const char* lib = "/usr/lib/i386-linux-gnu/libfftw3.so.3";
   static constexpr const char* prefix = "fftw_";
 };
 template <> struct names<long double> {
-  static constexpr const char* lib = "libfftw3l.so.3";
+  static constexpr const char* lib = "/usr/lib/i386-linux-gnu/libfftw3l.so.3";
   static constexpr const char* prefix = "fftwl_";
 };
 

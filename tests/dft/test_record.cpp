@@ -236,11 +236,11 @@ TEST(Record, PackInverseIsPermInverse) {
       }
       for (long j = 0; j < n; ++j) EXPECT_EQ(out_p[j], out_q[j]) << "n=" << n << " j=" << j;
       // and it is the inverse of the PACK forward
-      std::vector<double> x(n), spec(n), back(n);
+      std::vector<double> x(n), spectrum(n), back(n);
       for (long j = 0; j < n; ++j) x[j] = value(j, 8);
       if (!inplace) {
-        ASSERT_EQ(zar_dft_compute_forward(pack, x.data(), spec.data()), 0);
-        ASSERT_EQ(zar_dft_compute_backward(pack, spec.data(), back.data()), 0);
+        ASSERT_EQ(zar_dft_compute_forward(pack, x.data(), spectrum.data()), 0);
+        ASSERT_EQ(zar_dft_compute_backward(pack, spectrum.data(), back.data()), 0);
         for (long j = 0; j < n; ++j) EXPECT_NEAR(back[j], n * x[j], 1e-12 * n * n) << n;
       }
       zar_dft_free(&pack);

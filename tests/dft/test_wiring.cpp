@@ -135,20 +135,20 @@ template <class T> void real_1d(long n, real_case c, bool inplace) {
   }
   if (inplace) { ASSERT_EQ(zar_dft_compute_forward(d, x.data()), 0); }
   else { ASSERT_EQ(zar_dft_compute_forward(d, x.data(), y.data()), 0); }
-  std::vector<T>& spec = inplace ? x : y;
+  std::vector<T>& spectrum = inplace ? x : y;
   const auto ref = direct(in, -1);
   for (long k = 0; k <= n / 2; ++k) {
     long r, i;
     place(layout, n, k, &r, &i);
-    EXPECT_NEAR(spec[r], (double)ref[k].real(), tol<T>() * n) << "n=" << n << " layout=" << layout << " k=" << k;
-    if (i >= 0) { EXPECT_NEAR(spec[i], (double)ref[k].imag(), tol<T>() * n) << "n=" << n << " layout=" << layout; }
+    EXPECT_NEAR(spectrum[r], (double)ref[k].real(), tol<T>() * n) << "n=" << n << " layout=" << layout << " k=" << k;
+    if (i >= 0) { EXPECT_NEAR(spectrum[i], (double)ref[k].imag(), tol<T>() * n) << "n=" << n << " layout=" << layout; }
   }
   std::vector<T> back(room, T(3));
   if (inplace) {
-    ASSERT_EQ(zar_dft_compute_backward(d, spec.data()), 0);
-    back = spec;
+    ASSERT_EQ(zar_dft_compute_backward(d, spectrum.data()), 0);
+    back = spectrum;
   } else {
-    ASSERT_EQ(zar_dft_compute_backward(d, spec.data(), back.data()), 0);
+    ASSERT_EQ(zar_dft_compute_backward(d, spectrum.data(), back.data()), 0);
   }
   for (long j = 0; j < n; ++j) EXPECT_NEAR(back[j], n * (double)in[j].real(), tol<T>() * n * n) << n << " " << j;
   zar_dft_free(&d);
