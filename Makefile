@@ -30,6 +30,8 @@ install: build
 demo: build
 	$(BUILD)/bin/zar info
 	$(BUILD)/bin/fft-demo
+	@echo "A program built for Debian's FFTW, run on zar's libfftw3:"
+	LD_LIBRARY_PATH=$(BUILD)/lib $(BUILD)/bin/fftw_dropin
 	$(BUILD)/bin/zar-bench --quick
 
 bench: build
