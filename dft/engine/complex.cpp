@@ -88,6 +88,10 @@ template <class T> void root(T* w, unsigned long long e, unsigned long long N) {
 // Factorisation into pass radices; false when a prime factor exceeds the
 // generic radix.
 bool radices(long n, int* r, int* np) {
+  if (n < 1) {  // nothing to transform
+    *np = 0;
+    return true;
+  }
   int e2 = 0;
   long odd = n;
   while (odd % 2 == 0) {
@@ -419,6 +423,7 @@ template <class T> void run_one(const complex_plan<T>* p, int sign, const T* x, 
 template <class T, int Sign, class In, class Out>
 void batch(const complex_plan<T>* p, T scale, const In& x, const Out& y, long howmany, T* scratch) {
   const long n = p->n;
+  if (n < 1) return;
   if constexpr (std::is_same_v<T, double> && std::is_same_v<In, interleaved<T>>) {
     // several double transforms of 2..64 points: the fixed kernels, two
     // transforms at a time

@@ -395,6 +395,15 @@ TEST(Plan, RelocatedBlockGivesSameResult) {
   }
 }
 
+// A length of 0 is planned and run as nothing at all.
+TEST(Plan, EmptyLengthWritesNothing) {
+  planned<double> pl(0);
+  std::vector<double> x(4, 1.0), y(4, 5.0);
+  pl.run(-1, 2.0, x.data(), 1, 0, y.data(), 1, 0, 2);
+  EXPECT_TRUE(pl.guards_intact());
+  EXPECT_EQ(std::vector<double>(4, 5.0), y);
+}
+
 // ---------------------------------------------------------------- fixed small lengths
 using small_fn = void (*)(double, const double*, long, long, double*, long, long, long);
 template <int... K> std::vector<std::pair<small_fn, small_fn>> small_table(std::integer_sequence<int, K...>) {
