@@ -603,7 +603,11 @@ struct fftw {
   void* h = dlopen("/usr/lib/i386-linux-gnu/libfftw3.so.3", RTLD_NOW | RTLD_LOCAL);
   template <class F> F fn(const char* s) { return reinterpret_cast<F>(dlsym(h, s)); }
   ~fftw() {
-    if (h) dlclose(h);
+    // FFTW keeps its planner's tables until fftw_cleanup; release them
+    // before the library goes away.
+    if (!h) return;
+    if (auto cleanup = fn<void (*)()>("fftw_cleanup")) cleanup();
+    dlclose(h);
   }
 };
 
