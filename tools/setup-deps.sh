@@ -6,6 +6,7 @@ packages=(
   cmake ninja-build g++ gcc-multilib g++-multilib libc6-dev-i386 googletest binutils
   libblas3:i386 libblas-test:i386 libopenblas0-serial:i386 libgfortran5:i386
   liblapack3:i386 liblapack-test:i386 pkg-config libfftw3-dev:i386
+  libsuitesparse-dev:i386 librsb-dev:i386 libgraphblas-dev:i386 libxbyak-dev
 )
 missing=()
 for p in "${packages[@]}"; do
